@@ -1,0 +1,24 @@
+# Flags shared by everything that is compiled in this project.
+
+# An interface target, so that the flags never leak into the projects that link the library.
+add_library(lumo25d_flags INTERFACE)
+target_compile_features(lumo25d_flags INTERFACE cxx_std_17)
+
+# A fused multiply-add rounds once where the error analysis of the predicates counts two roundings: contraction
+# would change the sign of near-degenerate determinants from one compiler to the next.
+target_compile_options(lumo25d_flags INTERFACE -ffp-contract=off)
+
+# Failed conditions print the source file: keep that independent of where the sources were checked out.
+target_compile_options(lumo25d_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+target_compile_options(lumo25d_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wdouble-promotion -Wformat=2)
+if(LUMO25D_WARNINGS_AS_ERRORS)
+    target_compile_options(lumo25d_flags INTERFACE -Werror)
+endif()
+
+if(LUMO25D_SANITIZE)
+    target_compile_options(lumo25d_flags INTERFACE -fsanitize=${LUMO25D_SANITIZE} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    target_link_options(lumo25d_flags INTERFACE -fsanitize=${LUMO25D_SANITIZE})
+endif()
