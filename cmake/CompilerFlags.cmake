@@ -1,6 +1,5 @@
-# Flags shared by everything that is compiled in this project.
-
-# An interface target, so that the flags never leak into the projects that link the library.
+# Flags shared by everything that is compiled in this project: an interface target that our targets link privately,
+# so that the flags never leak into the projects that use the library.
 add_library(lumo25d_flags INTERFACE)
 target_compile_features(lumo25d_flags INTERFACE cxx_std_17)
 
@@ -11,8 +10,11 @@ target_compile_options(lumo25d_flags INTERFACE -ffp-contract=off)
 # Failed conditions print the source file: keep that independent of where the sources were checked out.
 target_compile_options(lumo25d_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
-target_compile_options(lumo25d_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
-    -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wdouble-promotion -Wformat=2)
+# Warnings are for us; who builds our sources as a part of another project need not see them.
+if(PROJECT_IS_TOP_LEVEL OR LUMO25D_WARNINGS_AS_ERRORS)
+    target_compile_options(lumo25d_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+        -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wdouble-promotion -Wformat=2)
+endif()
 if(LUMO25D_WARNINGS_AS_ERRORS)
     target_compile_options(lumo25d_flags INTERFACE -Werror)
 endif()
