@@ -44,8 +44,20 @@ public:
 
     /// The index of corner p, or of the edge shared with t, or of the edge between p0 and p1 (in either order), found
     /// by pointer. Finding nothing is a failed condition.
-    int getIntraTriangleIndex(const Point2* p) const;
-    int getIntraTriangleIndex(const Triangle2* t) const;
+    int getIntraTriangleIndex(const Point2* p) const
+    {
+        if (aVertexPointer[0] == p) return 0;
+        if (aVertexPointer[1] == p) return 1;
+        if (aVertexPointer[2] == p) return 2;
+        failIndexSearch();
+    }
+    int getIntraTriangleIndex(const Triangle2* t) const
+    {
+        if (aOppTriangles[0] == t) return 0;
+        if (aOppTriangles[1] == t) return 1;
+        if (aOppTriangles[2] == t) return 2;
+        failIndexSearch();
+    }
     int getIntraTriangleIndex(const Point2* p0, const Point2* p1) const;
 
     /// True when p is a corner: by pointer; or by exact x, y and z.
@@ -54,12 +66,13 @@ public:
         return aVertexPointer[0] == p || aVertexPointer[1] == p || aVertexPointer[2] == p;
     }
     bool hasVertex(const Point2& p) const;
-    /// True when p lies on the closed edge opposite corner i, decided exactly; for a p within the triangle's wedge.
+    /// True when p lies on the closed edge opposite corner i of a counterclockwise triangle, decided exactly.
     bool hasOnEdge(int i, const Point2& p) const;
 
+    /// By the lengths of the edges (Heron's formula): needles lose digits, and a value that is no number is warned about.
     double getArea2D() const;
     double getArea25D() const;
-    /// Angle at corner i in degrees, 0 to 180.
+    /// Angle at corner i in degrees, 0 to 180. An edge without length at this corner is warned about.
     double getInteriorAngle2D(int ith) const;
     double getInteriorAngle25D(int ith) const;
     /// Squared length of the edge opposite corner i.
@@ -76,15 +89,15 @@ public:
     /// The unit normal, pointing up for a counterclockwise triangle; the null vector with a warning when the triangle
     /// has no area in space.
     Vector2 getNormalVector() const;
-    /// The circumcentre in the plane (z 0) and whether it is accurate (the corners' distances from it agree within
-    /// 1e-6). An inaccurate centre is the best that doubles could find.
+    /// The circumcentre in the plane and whether it is accurate (the corners' distances from it agree within 1e-6, and
+    /// it lies on the proper side of the two shorter edges). An inaccurate centre is the best that doubles could find;
+    /// for finite corners it is finite. May be called from any thread. Its z has no meaning.
     std::pair<Point2, bool> getDual() const;
 
     /// For the triangulation's use: sets the corners, makes this triangle the incident triangle of each of them, and
     /// clears the neighbours, or sets them.
     void setProperties(Point2* pI, Point2* pJ, Point2* pK);
-    void setPropertiesAndOppT(Point2* pI, Point2* pJ, Point2* pK, Triangle2* pOppI, Triangle2* pOppJ,
-                              Triangle2* pOppK);
+    void setPropertiesAndOppT(Point2* pI, Point2* pJ, Point2* pK, Triangle2* pOppI, Triangle2* pOppJ, Triangle2* pOppK);
     /// For the triangulation's use: makes this a dead triangle.
     void clearProperties();
     void setVertexPointer(int ith, Point2* pVertex);
@@ -93,6 +106,7 @@ public:
 private:
     friend struct TriangleLinks; // unchecked writes for the engine's inner loops (geometry/TriangleLinks.h)
 
+    [[noreturn]] static void failIndexSearch();
     double computeArea(double len0, double len1, double len2) const;
     void getCommonOffset(double& ox, double& oy) const;
     bool getCC_strategy1(double ox, double oy, Point2& result) const;
@@ -105,7 +119,8 @@ private:
 
 /// Area in space of the triangle of three points, by the lengths of its edges.
 LUMO25D_API double getArea25D(const Point2* p0, const Point2* p1, const Point2* p2);
-/// Unit normal of the plane through three points. bOK tells whether there is one; the undivided product otherwise.
+/// Unit normal of the plane through three points. bOK tells whether there is one; the result is the null vector
+/// otherwise.
 LUMO25D_API Vector2 getNormalVector(const Point2& p0, const Point2& p1, const Point2& p2, bool& bOK);
 
 /// Address, areas and corners, and the sense in which they turn, in one text without a line end.
