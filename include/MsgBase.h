@@ -3,10 +3,12 @@
 
 #include "Lumo25DApi.h"
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
 /// What a subscriber can ask for.
-enum MsgType : int {
+enum MsgType : int
+{
     MSG_PROGRESS = 0 ///< how far a long operation has come
 };
 
@@ -21,7 +23,8 @@ enum MsgType : int {
 ///         void update(MsgType, const char* s, double d) override { std::cout << s << ": " << 100.0 * d << "
 ///         %\n"; }
 ///     };
-class LUMO25D_API MsgBase {
+class LUMO25D_API MsgBase
+{
 public:
     MsgBase() = default;
     MsgBase(const MsgBase&) = default;

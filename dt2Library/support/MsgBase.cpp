@@ -1,6 +1,7 @@
 #include "MsgBase.h"
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
 // The key function: one virtual table, in the library.
 MsgBase::~MsgBase() = default;

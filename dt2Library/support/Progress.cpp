@@ -5,17 +5,21 @@
 
 #include <algorithm>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
-namespace {
+namespace
+{
 
-void eraseFrom(std::vector<Progress*>& v, const Progress* p) {
+void eraseFrom(std::vector<Progress*>& v, const Progress* p)
+{
     v.erase(std::remove(v.begin(), v.end(), p), v.end());
 }
 
 } // namespace
 
-Progress::~Progress() {
+Progress::~Progress()
+{
     for (Progress* pChild : vChildren) {
         eraseFrom(pChild->vParents, this);
     }
@@ -24,12 +28,14 @@ Progress::~Progress() {
     }
 }
 
-bool Progress::isSubscribed(MsgType msgType, const MsgBase* pMsg) const {
+bool Progress::isSubscribed(MsgType msgType, const MsgBase* pMsg) const
+{
     const auto range = mSubscribers.equal_range(msgType);
     return std::any_of(range.first, range.second, [pMsg](const auto& entry) { return entry.second == pMsg; });
 }
 
-void Progress::subscribe(MsgType msgType, MsgBase* pMsg) {
+void Progress::subscribe(MsgType msgType, MsgBase* pMsg)
+{
     if (pMsg == nullptr) {
         msgWarning("Progress::subscribe()", "Subscriber is NULL, ignored");
         return;
@@ -37,20 +43,21 @@ void Progress::subscribe(MsgType msgType, MsgBase* pMsg) {
     if (!isSubscribed(msgType, pMsg)) mSubscribers.emplace(msgType, pMsg);
 }
 
-void Progress::unsubscribe(MsgType msgType, MsgBase* pMsg) {
+void Progress::unsubscribe(MsgType msgType, MsgBase* pMsg)
+{
     const auto range = mSubscribers.equal_range(msgType);
-    const auto it =
-        std::find_if(range.first, range.second, [pMsg](const auto& entry) { return entry.second == pMsg; });
+    const auto it = std::find_if(range.first, range.second, [pMsg](const auto& entry) { return entry.second == pMsg; });
     if (it != range.second) mSubscribers.erase(it);
 }
 
-bool Progress::reaches(const Progress* pOther) const {
-    return this == pOther ||
-           std::any_of(vChildren.begin(), vChildren.end(),
-                       [pOther](const Progress* pChild) { return pChild->reaches(pOther); });
+bool Progress::reaches(const Progress* pOther) const
+{
+    return this == pOther || std::any_of(vChildren.begin(), vChildren.end(),
+                                         [pOther](const Progress* pChild) { return pChild->reaches(pOther); });
 }
 
-void Progress::addChild(Progress* pChild) {
+void Progress::addChild(Progress* pChild)
+{
     LUMO_CHECK(pChild != nullptr, "pChild != NULL");
     LUMO_CHECK(!pChild->reaches(this), "!pChild->reaches(this)");
     if (std::find(vChildren.begin(), vChildren.end(), pChild) != vChildren.end()) return;
@@ -58,13 +65,15 @@ void Progress::addChild(Progress* pChild) {
     pChild->vParents.push_back(this);
 }
 
-void Progress::removeChild(Progress* pChild) {
+void Progress::removeChild(Progress* pChild)
+{
     if (std::find(vChildren.begin(), vChildren.end(), pChild) == vChildren.end()) return;
     eraseFrom(vChildren, pChild);
     eraseFrom(pChild->vParents, this);
 }
 
-void Progress::start(const char* newStepName, std::uint64_t totalUnits) {
+void Progress::start(const char* newStepName, std::uint64_t totalUnits)
+{
     if (bSuppressed || mSubscribers.empty()) return;
     total = totalUnits;
     current = 0;
@@ -73,7 +82,8 @@ void Progress::start(const char* newStepName, std::uint64_t totalUnits) {
     bDone = false;
 }
 
-void Progress::stepHeard(std::uint64_t n) {
+void Progress::stepHeard(std::uint64_t n)
+{
     if (total == 0 || bDone) return;
     current += n;
     if (current % stepSize != 0) return;
@@ -90,7 +100,8 @@ void Progress::stepHeard(std::uint64_t n) {
     notify(MSG_PROGRESS, stepName, d);
 }
 
-void Progress::finish() {
+void Progress::finish()
+{
     if (bSuppressed || mSubscribers.empty()) return;
     current = total;
     if (!bDone) notify(MSG_PROGRESS, stepName, 1.0);
@@ -99,7 +110,8 @@ void Progress::finish() {
     current = 0;
 }
 
-void Progress::notify(MsgType msgType, const std::string& text, double d) const {
+void Progress::notify(MsgType msgType, const std::string& text, double d) const
+{
     // Copies of both: update() may change the subscriptions, and, by a nested call, the step's name.
     const std::string textCopy = text;
     std::vector<MsgBase*> vListeners;
@@ -112,7 +124,8 @@ void Progress::notify(MsgType msgType, const std::string& text, double d) const 
     }
 }
 
-double Progress::fraction() const {
+double Progress::fraction() const
+{
     if (bDone) return 1.0;
     double sum = total == 0 ? 0.0 : static_cast<double>(current) / static_cast<double>(total);
     for (const Progress* pChild : vChildren) {

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
 /// The publisher of a long operation's progress: it turns units of work into about a hundred reports per
 /// step.
@@ -21,7 +22,8 @@ namespace ORBI_LUMO25D {
 ///
 /// A subscriber may throw from update(), and may subscribe and unsubscribe anybody there; it must not destroy
 /// the publisher.
-class Progress {
+class Progress
+{
 public:
     explicit Progress(const char* publisherName) : name(publisherName) {}
     Progress(const Progress&) = delete;
@@ -43,13 +45,15 @@ public:
     void start(const char* newStepName, std::uint64_t totalUnits);
     /// Adds n units. Reports when the sum is a multiple of the report interval: steps larger than one unit
     /// may skip reports. A fraction of 1 or more is reported as 1.0, once, and ends the reports of this step.
-    void step(std::uint64_t n) {
+    void step(std::uint64_t n)
+    {
         if (bSuppressed) return;
         if (mSubscribers.empty() && vParents.empty()) return;
         stepHeard(n);
     }
     /// Raises the announced work by n, when there are subscribers.
-    void addToTotal(std::uint64_t n) {
+    void addToTotal(std::uint64_t n)
+    {
         if (!mSubscribers.empty()) total += n;
     }
     /// Ends the step; reports 1.0 unless that has been done. Does nothing when muted or unheard.

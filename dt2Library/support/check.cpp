@@ -6,9 +6,11 @@
 
 #include <string>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
-void failCondition(const char* condition, const char* pPrettyFunction, const char* file, int line) {
+void failCondition(const char* condition, const char* pPrettyFunction, const char* file, int line)
+{
     const std::string text = std::string("Condition [ ") + condition + " failed ]";
     msgError("* Lumo, ", text);
     logLine("* Lumo, " + text);

@@ -3,18 +3,22 @@
 #include <cctype>
 #include <cstddef>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
-namespace {
+namespace
+{
 
 /// One pass from left to right. `name` is the candidate: it starts anew at every blank, star or ampersand
 /// outside brackets, so that what is left when the parameter list opens is the declared name and not the
 /// return type.
-class SignatureScanner {
+class SignatureScanner
+{
 public:
     explicit SignatureScanner(const std::string& signature) : text(signature) {}
 
-    std::string run() {
+    std::string run()
+    {
         while (pos < text.size()) {
             if (atOperator()) {
                 takeOperator();
@@ -28,18 +32,20 @@ public:
     }
 
 private:
-    bool startsWith(const char* pPrefix) const {
+    bool startsWith(const char* pPrefix) const
+    {
         const std::string prefix(pPrefix);
         return text.compare(pos, prefix.size(), prefix) == 0;
     }
-    bool nameEndsWith(const char* pSuffix) const {
+    bool nameEndsWith(const char* pSuffix) const
+    {
         const std::string suffix(pSuffix);
-        return name.size() >= suffix.size() &&
-               name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0;
+        return name.size() >= suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0;
     }
 
     /// The position behind the bracket that closes the one at `from`; the end of the text if there is none.
-    std::size_t behindBracket(std::size_t from, char open, char close) const {
+    std::size_t behindBracket(std::size_t from, char open, char close) const
+    {
         std::size_t depth = 0;
         for (std::size_t i = from; i < text.size(); ++i) {
             if (text[i] == open) ++depth;
@@ -48,7 +54,8 @@ private:
         return text.size();
     }
     /// The same for angle brackets, whose contents may hold comparisons within parentheses.
-    std::size_t behindAngle(std::size_t from) const {
+    std::size_t behindAngle(std::size_t from) const
+    {
         std::size_t depth = 0;
         for (std::size_t i = from; i < text.size();) {
             if (text[i] == '(') {
@@ -62,7 +69,8 @@ private:
         return text.size();
     }
 
-    bool atOperator() const {
+    bool atOperator() const
+    {
         if (!startsWith("operator") || !(name.empty() || nameEndsWith("::"))) return false;
         const std::size_t behind = pos + 8;
         if (behind >= text.size()) return false;
@@ -71,7 +79,8 @@ private:
     }
     /// Symbols and target types of conversions contain blanks, stars and brackets: everything up to the
     /// parameters.
-    void takeOperator() {
+    void takeOperator()
+    {
         std::size_t end = pos + 8;
         if (text.compare(end, 2, "()") == 0) end += 2;
         end = text.find('(', end);
@@ -81,10 +90,10 @@ private:
     }
 
     /// True when the parenthesis opened the parameter list and nothing follows that belongs to the name.
-    bool takeParenthesis() {
+    bool takeParenthesis()
+    {
         const std::size_t behind = behindBracket(pos, '(', ')');
-        const bool bUnnamedScope =
-            startsWith("(anonymous") || startsWith("(lambda") || startsWith("(unnamed");
+        const bool bUnnamedScope = startsWith("(anonymous") || startsWith("(lambda") || startsWith("(unnamed");
         if (bUnnamedScope || nameEndsWith("::") || name == "decltype") {
             name += text.substr(pos, behind - pos);
             pos = behind;
@@ -99,7 +108,8 @@ private:
         return !startsWith("::");
     }
     /// Between the parameters of an enclosing function and the "::" behind them.
-    void skipQualifiers() {
+    void skipQualifiers()
+    {
         for (bool bFound = true; bFound && pos < text.size();) {
             bFound = false;
             for (const char* pWord : {" const", " volatile", " &&", " &"}) {
@@ -115,7 +125,8 @@ private:
         }
     }
 
-    void takeCharacter() {
+    void takeCharacter()
+    {
         const char c = text[pos];
         if (c == '<') {
             const std::size_t behind = behindAngle(pos);
@@ -144,7 +155,8 @@ private:
 
 } // namespace
 
-std::string qualifiedFunctionName(const std::string& signature) {
+std::string qualifiedFunctionName(const std::string& signature)
+{
     return SignatureScanner(signature).run();
 }
 

@@ -3,7 +3,8 @@
 
 #include <string>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
 /// Cuts a compiler's signature (__PRETTY_FUNCTION__ of gcc or clang) down to the qualified name: "void
 /// A::f(int) const" becomes "A::f". Template parameters of classes stay as written ("Pool<T>::get");

@@ -3,7 +3,8 @@
 
 #include <string>
 
-namespace ORBI_LUMO25D {
+namespace ORBI_LUMO25D
+{
 
 // Everything here goes to the standard output stream and is flushed. The bytes are written past the stream's
 // formatting: whatever width, fill or number format the caller has set neither changes a message nor is used
