@@ -6,10 +6,14 @@
 #include "Point2.h"
 #include "Segment2.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace ORBI_LUMO25D
 {
+
+class Bbox2;
 
 // ---- predicates -------------------------------------------------------------------------------------------------
 
@@ -52,6 +56,40 @@ LUMO25D_API bool writeSegmentsBIN(const char* filename, const std::vector<Segmen
 LUMO25D_API bool readSegmentsBIN(const char* filename, std::vector<Segment2>& vSegments);
 
 // ---- generators of test data ------------------------------------------------------------------------------------
+
+// All of them are repeatable: the same arguments give the same data, the random ones bit by bit on every platform. They
+// append to the vector that they are given. With arguments that make no sense (no finite numbers, a box without area,
+// sizes that are not positive, results finer than the spacing of doubles) they warn and append nothing.
+
+/// num points, equally distributed over the box, with height 0. Points may coincide, if rarely. O(num).
+LUMO25D_API void generateRandomPoints(std::size_t num, const Bbox2& box, std::uint64_t seed,
+                                      std::vector<Point2>& vPoints);
+/// The same with heights equally distributed from minZ to maxZ, which may be equal.
+LUMO25D_API void generateRandomPoints3D(std::size_t num, const Bbox2& box, double minZ, double maxZ, std::uint64_t seed,
+                                        std::vector<Point2>& vPoints);
+/// num segments in the box, at most maxLen long but never without length, with height 0. Sources are equally
+/// distributed over the box, targets over the part of the disc around the source that the box holds. Segments may
+/// intersect. O(num).
+LUMO25D_API void generateRandomSegments(std::size_t num, const Bbox2& box, double maxLen, std::uint64_t seed,
+                                        std::vector<Segment2>& vSegments);
+/// A random simple polygon with num edges (3 or more) in the box: counterclockwise, each edge's target is the next
+/// edge's source and the last edge's target the first edge's source; height 0. It is simple in the exact sense: edges
+/// share nothing but the corner between successive ones. O(num log num) expected.
+LUMO25D_API void generateRandomPolygon(std::size_t num, const Bbox2& box, std::uint64_t seed,
+                                       std::vector<Segment2>& vSegments);
+
+/// num different points on a circle, counterclockwise from the angle 0, rounded to doubles, at the height of the centre.
+LUMO25D_API void generateCircle(std::size_t num, const Point2& center, double radius, std::vector<Point2>& vPoints);
+/// The closed polygon of these points (3 or more).
+LUMO25D_API void generateCircle(std::size_t num, const Point2& center, double radius, std::vector<Segment2>& vSegments);
+/// A chain of num segments along a sine curve from start, at its height: y = start.y + amplitude * sin(2 pi t periods),
+/// x = start.x + t length, for t from 0 to 1 in equal steps. The amplitude may be 0 or negative.
+LUMO25D_API void generateSineSegments(std::size_t num, const Point2& start, double length, double amplitude,
+                                      double periods, std::vector<Segment2>& vSegments);
+
+/// Shears in place: x becomes x + factor * y. Where a result would not be finite: a warning, and nothing changes.
+LUMO25D_API void shear(std::vector<Point2>& vPoints, double factor);
+LUMO25D_API void shear(std::vector<Segment2>& vSegments, double factor);
 
 // ---- stopwatch and version --------------------------------------------------------------------------------------
 
