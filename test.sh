@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Builds the library and runs all tests: as a release, under the address and undefined-behaviour sanitizers, and the
+# threaded tests under the thread sanitizer. Installs what is missing (Debian and its relatives).
+#
+#   ./test.sh          everything
+#   ./test.sh quick    the release build only
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+# shellcheck source=scripts/setup.sh
+source scripts/setup.sh
+
+mode=${1:-full}
+case $mode in
+full | quick) ;;
+*) fail "Usage: ./test.sh [quick]" ;;
+esac
+
+summary=()
+
+# suite PRESET TITLE [CTEST OPTION...]: builds one preset and runs its tests.
+suite() {
+    local preset=$1 title=$2 start=$SECONDS runner=()
+    shift 2
+    say "$title: building"
+    configure "$preset"
+    cmake --build --preset "$preset"
+    say "$title: testing"
+    # The thread sanitizer of older compilers can't cope with strongly randomised addresses.
+    if [ "$preset" = tsan ] && setarch "$(uname -m)" -R true 2>/dev/null; then runner=(setarch "$(uname -m)" -R); fi
+    if "${runner[@]}" ctest --preset "$preset" -j "$(nproc)" --no-tests=error "$@"; then
+        summary+=("passed  $title ($((SECONDS - start)) s)")
+    else
+        summary+=("FAILED  $title ($((SECONDS - start)) s)")
+    fi
+}
+
+need compiler cmake ninja gmp googletest pkg-config
+suite release "Release build, warnings are errors, all tests"
+if [ "$mode" = full ]; then
+    suite asan "Address and undefined-behaviour sanitizers" -LE package
+    suite tsan "Thread sanitizer, threaded tests" -L threaded
+fi
+
+say "Summary"
+printf '%s\n' "${summary[@]}"
+if printf '%s\n' "${summary[@]}" | grep -q '^FAILED'; then exit 1; fi
