@@ -14,7 +14,7 @@ class LUMO25D_API Label
 {
 public:
     /// The text s is copied; NULL is an empty text. The font size is in points of the page, whatever the drawing's
-    /// scale. bWithMark: a cross marks the point.
+    /// scale; with 0 or less the text isn't shown. bWithMark: a cross marks the point.
     Label(const Point2& p, const char* s, bool bWithMark_, int fontSize_);
 
     /// The text, valid as long as the label is neither changed nor destroyed.

@@ -230,10 +230,12 @@ void PostScriptPage::draw(const DrawnLabel& label)
     const double x = toPageX(position.x);
     double y = toPageY(position.y);
 
-    stream << "/Arial findfont " << fontSize << " scalefont\n setfont\n";
-    for (const std::string& line : splitLines(label.label.getCS())) {
-        stream << x << "\t" << y << "\tmoveto\n(" << escaped(line) << ")\tshow\n";
-        y -= fontSize;
+    if (fontSize > 0) { // interpreters stop at a font without extent
+        stream << "/Arial findfont " << fontSize << " scalefont\n setfont\n";
+        for (const std::string& line : splitLines(label.label.getCS())) {
+            stream << x << "\t" << y << "\tmoveto\n(" << escaped(line) << ")\tshow\n";
+            y -= fontSize;
+        }
     }
     stream << "stroke\n";
     if (label.label.hasMark()) writeCross(position, label.color);
