@@ -12,7 +12,7 @@ fail() {
 
 # has_header NAME: the compiler finds this header.
 has_header() {
-    printf '#include <%s>\n' "$1" | c++ -E -x c++ - >/dev/null 2>&1
+    printf '#include <%s>\n' "$1" | "${CXX:-c++}" -E -x c++ - >/dev/null 2>&1
 }
 
 # has_cmake: CMake is there and new enough.
@@ -27,7 +27,7 @@ missing_packages() {
     local tool
     for tool in "$@"; do
         case $tool in
-        compiler) command -v c++ >/dev/null || echo g++ ;;
+        compiler) command -v "${CXX:-c++}" >/dev/null || echo g++ ;;
         cmake) has_cmake || echo cmake ;;
         ninja) command -v ninja >/dev/null || echo ninja-build ;;
         gmp) has_header gmp.h || echo libgmp-dev ;;
