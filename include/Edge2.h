@@ -16,7 +16,7 @@ namespace ORBI_LUMO25D
 class LUMO25D_API Edge2
 {
 public:
-    /// The edge of pT opposite its corner oppIdx (0, 1 or 2; the operations below fail for others).
+    /// The edge of pT opposite its corner oppIdx, which must be 0, 1 or 2.
     Edge2(Triangle2* pT_, int oppIdx_) : pT(pT_), oppIdx(oppIdx_) {}
 
     Point2* getSrc() const { return pT->getCorner(incIndexBy1(oppIdx)); }

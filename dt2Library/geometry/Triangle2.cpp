@@ -39,7 +39,9 @@ double sqDistance25D(const Point2& p, const Point2& q)
 double mean(double a, double b, double c)
 {
     const double sum = a + b + c;
-    return std::isfinite(sum) ? sum / 3.0 : a / 3.0 + b / 3.0 + c / 3.0;
+    if (std::isfinite(sum)) return sum / 3.0;
+    const auto [lo, hi] = std::minmax({a, b, c});
+    return std::clamp(a / 3.0 + b / 3.0 + c / 3.0, lo, hi);
 }
 
 bool isFinite2D(const Point2& p)
@@ -396,14 +398,18 @@ Vector2 getNormalVector(const Point2& p0, const Point2& p1, const Point2& p2, bo
 std::ostream& operator<<(std::ostream& stream, const Triangle2& t)
 {
     stream << "Triangle(" << static_cast<const void*>(&t) << "): ";
+    bool bFinite = true;
     for (int i = 0; i < 3; ++i) {
-        if (t.corner(i) == nullptr) return stream << "dead, no corners";
+        const Point2* pCorner = t.corner(i);
+        if (pCorner == nullptr) return stream << "dead, no corners";
+        bFinite = bFinite && isFinite2D(*pCorner);
     }
     stream << "area2D=" << t.getArea2D() << ", "
            << "area2.5D=" << t.getArea25D() << ", ";
     for (int i = 0; i < 3; ++i) {
         stream << *t.corner(i) << ", ";
     }
+    if (!bFinite) return stream << "ATTENTION, COORDINATES ARE NO FINITE NUMBERS";
     switch (getOrientation2_mt(t.corner(0), t.corner(1), t.corner(2))) {
     case ORIENTATION2_CCW:
         return stream << "CCW";
