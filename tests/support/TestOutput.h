@@ -1,0 +1,77 @@
+#ifndef LUMO25D_TESTS_SUPPORT_TESTOUTPUT_H
+#define LUMO25D_TESTS_SUPPORT_TESTOUTPUT_H
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace lumo_test
+{
+
+/// Catches the standard output of its lifetime.
+class CoutCapture
+{
+public:
+    CoutCapture() : pOld(std::cout.rdbuf(buffer.rdbuf())) {}
+    CoutCapture(const CoutCapture&) = delete;
+    CoutCapture& operator=(const CoutCapture&) = delete;
+    ~CoutCapture() { std::cout.rdbuf(pOld); }
+
+    /// What has come since the last call.
+    std::string take()
+    {
+        std::string text = buffer.str();
+        buffer.str("");
+        return text;
+    }
+
+private:
+    std::ostringstream buffer;
+    std::streambuf* pOld;
+};
+
+/// An empty working directory for its lifetime: tests that run side by side must not share files.
+class TempWorkDir
+{
+public:
+    TempWorkDir() : old(std::filesystem::current_path())
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "lumo25d_XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
+        dir = name;
+        std::filesystem::current_path(dir);
+    }
+    TempWorkDir(const TempWorkDir&) = delete;
+    TempWorkDir& operator=(const TempWorkDir&) = delete;
+    ~TempWorkDir()
+    {
+        std::error_code ignored;
+        std::filesystem::current_path(old, ignored);
+        std::filesystem::remove_all(dir, ignored);
+    }
+
+private:
+    std::filesystem::path old;
+    std::filesystem::path dir;
+};
+
+inline std::string readFile(const std::string& filename)
+{
+    std::ifstream file(filename, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+inline void writeFile(const std::string& filename, const std::string& content)
+{
+    std::ofstream file(filename, std::ios::binary);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+} // namespace lumo_test
+
+#endif
