@@ -1,0 +1,687 @@
+#include "core/VertexVault.h"
+
+#include "core/CurveRefinement.h"
+#include "core/CurveSort.h"
+#include "core/MTCtrl.h"
+#include "engine/Dt2.h"
+#include "support/check.h"
+#include "support/messages.h"
+
+#include <algorithm>
+#include <iostream>
+#include <set>
+#include <sstream>
+
+namespace ORBI_LUMO25D
+{
+
+namespace
+{
+
+struct LessByPosition
+{
+    bool operator()(const Point2* pA, const Point2* pB) const { return *pA < *pB; }
+};
+
+constexpr std::size_t notFound = static_cast<std::size_t>(-1);
+
+/// Items that share one entry of the lookup table, on the average.
+constexpr std::size_t itemsPerStretch = 4;
+
+} // namespace
+
+/// While there is no area: the active vertices by position, so that a stream of single points finds its duplicates
+/// without a scan of all items.
+class WaitingPoints
+{
+public:
+    std::set<Point2*, LessByPosition> sPoints;
+};
+
+VertexVault::VertexVault(Dt2* pDt2_) : pDt2(pDt2_) {}
+
+VertexVault::~VertexVault() = default;
+
+// ---- appending ------------------------------------------------------------------------------------------------------
+
+void VertexVault::addVertex(std::uint32_t idx, Point2* pVtx)
+{
+    vItems.push_back({idx, true, pVtx});
+    ++numActiveItems;
+    if (pWaiting) pWaiting->sPoints.insert(pVtx);
+}
+
+namespace
+{
+
+/// Input points as values.
+class PointSource
+{
+public:
+    explicit PointSource(const std::vector<Point2>& vPoints_) : vPoints(vPoints_) {}
+    std::size_t size() const { return vPoints.size(); }
+    double x(std::size_t i) const { return vPoints[i].x(); }
+    double y(std::size_t i) const { return vPoints[i].y(); }
+    void fill(std::size_t i, Point2* pVtx) const { new (pVtx) Point2(vPoints[i]); }
+    const void* address(std::size_t i) const { return &vPoints[i]; }
+    bool mayUseThreads() const { return true; }
+
+private:
+    const std::vector<Point2>& vPoints;
+};
+
+/// Input points as triples x, y, z.
+class CoordinateSource
+{
+public:
+    CoordinateSource(std::size_t n_, const double* aCoordinates_) : n(n_), aCoordinates(aCoordinates_) {}
+    std::size_t size() const { return n; }
+    double x(std::size_t i) const { return aCoordinates[3 * i]; }
+    double y(std::size_t i) const { return aCoordinates[3 * i + 1]; }
+    void fill(std::size_t i, Point2* pVtx) const
+    {
+        new (pVtx) Point2(aCoordinates[3 * i], aCoordinates[3 * i + 1], aCoordinates[3 * i + 2]);
+    }
+    const void* address(std::size_t i) const { return aCoordinates + 3 * i; }
+    bool mayUseThreads() const { return false; }
+
+private:
+    std::size_t n;
+    const double* aCoordinates;
+};
+
+/// A stretch of input positions.
+struct Stretch
+{
+    std::size_t begin;
+    std::size_t end;
+};
+
+std::vector<Stretch> cutIntoStretches(std::size_t n, std::size_t numParts)
+{
+    std::vector<Stretch> vStretches;
+    const std::size_t length = n / numParts + 1;
+    for (std::size_t begin = 0; begin < n; begin += length) {
+        vStretches.push_back({begin, std::min(begin + length, n)});
+    }
+    return vStretches;
+}
+
+/// Computes the curve indices of a stretch of the input.
+template <class Source>
+class Task
+{
+public:
+    Task(Stretch s, const Source& source_, const HC2& curve_, std::vector<CurvePair>& vPairs_)
+        : stretch(s), source(source_), curve(curve_), vPairs(vPairs_)
+    {
+    }
+    void run()
+    {
+        for (std::size_t i = stretch.begin; i < stretch.end; ++i) {
+            vPairs[i] = CurvePair(curve.getIndex(source.x(i), source.y(i)), i);
+        }
+    }
+
+private:
+    Stretch stretch;
+    const Source& source;
+    const HC2& curve;
+    std::vector<CurvePair>& vPairs;
+};
+
+/// Fills vertices, items and handles of a stretch of the sorted pairs.
+template <class Source>
+class FTask
+{
+public:
+    FTask(Stretch s, const Source& source_, const std::vector<CurvePair>& vPairs_, Point2* aVertices_,
+          IdxVtxAct* aItems_, Point2** aHandles_)
+        : stretch(s), source(source_), vPairs(vPairs_), aVertices(aVertices_), aItems(aItems_), aHandles(aHandles_)
+    {
+    }
+    void run()
+    {
+        // The input is read in curve order, that is, at random: ask for it in time.
+        constexpr std::size_t ahead = 24;
+        for (std::size_t k = stretch.begin; k < stretch.end; ++k) {
+            if (k + ahead < stretch.end) __builtin_prefetch(source.address(vPairs[k + ahead].position()));
+            const std::size_t position = vPairs[k].position();
+            Point2* const pVtx = aVertices + k;
+            source.fill(position, pVtx);
+            aItems[k] = {vPairs[k].key(), true, pVtx};
+            if (aHandles != nullptr) aHandles[position] = pVtx;
+        }
+    }
+
+private:
+    Stretch stretch;
+    const Source& source;
+    const std::vector<CurvePair>& vPairs;
+    Point2* aVertices;
+    IdxVtxAct* aItems;
+    Point2** aHandles;
+};
+
+template <class TaskType, class... Args>
+void runOnStretches(std::size_t n, std::size_t numThreads, const Args&... args)
+{
+    std::vector<TaskType> vTasks;
+    for (const Stretch& s : cutIntoStretches(n, numThreads)) {
+        vTasks.emplace_back(s, args...);
+    }
+    runTasks(vTasks, &TaskType::run, static_cast<int>(numThreads));
+}
+
+} // namespace
+
+template <class Source>
+Point2* VertexVault::appendInCurveOrder(const Source& source, Point2** aHandles, std::size_t& numPreExisting)
+{
+    numPreExisting = vItems.size();
+    const std::size_t n = source.size();
+    const auto numCPU = static_cast<std::size_t>(pDt2->numCPU);
+    const std::size_t numThreads = source.mayUseThreads() && n >= 1000 && n > numCPU * 10 ? numCPU : 1;
+
+    std::vector<CurvePair> vPairs(n);
+    runOnStretches<Task<Source>>(n, numThreads, source, pDt2->hilbertCurve, std::ref(vPairs));
+    sortPairs(vPairs, pDt2->numCPU);
+    refineEqualRuns(vPairs, [&source](std::size_t i) { return std::make_pair(source.x(i), source.y(i)); });
+
+    Point2* const aVertices = pDt2->poolVertices.allocRange(n);
+    vItems.resize(numPreExisting + n);
+    runOnStretches<FTask<Source>>(n, numThreads, source, vPairs, aVertices, vItems.data() + numPreExisting, aHandles);
+    numActiveItems += n;
+    pBulkBegin = aVertices;
+    pBulkEnd = aVertices + n;
+    pWaiting.reset();
+    return aVertices;
+}
+
+void VertexVault::addVertices(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pVHandles,
+                              std::size_t& numPreExisting)
+{
+    if (pVHandles != nullptr) pVHandles->resize(vInputPoints.size());
+    appendInCurveOrder(PointSource(vInputPoints), pVHandles == nullptr ? nullptr : pVHandles->data(), numPreExisting);
+}
+
+void VertexVault::addCoordinates(std::size_t n, const double* aCoordinates, Point2** aHandles,
+                                 std::size_t& numPreExisting)
+{
+    appendInCurveOrder(CoordinateSource(n, aCoordinates), aHandles, numPreExisting);
+}
+
+// ---- looking up -----------------------------------------------------------------------------------------------------
+
+/// The first sorted position whose index is not less than idx; the last one when there is none.
+std::size_t VertexVault::lowerBound(std::uint32_t idx) const
+{
+    const std::size_t stretch = std::min<std::size_t>(idx >> stretchShift, vFirstOfStretch.size() - 2);
+    const auto itBegin = vItems.begin() + static_cast<std::ptrdiff_t>(vFirstOfStretch[stretch]);
+    const auto itEnd = vItems.begin() + static_cast<std::ptrdiff_t>(vFirstOfStretch[stretch + 1]);
+    const auto it = std::lower_bound(itBegin, itEnd, idx,
+                                     [](const IdxVtxAct& item, std::uint32_t value) { return item.idx < value; });
+    return std::min(static_cast<std::size_t>(it - vItems.begin()), numSorted - 1);
+}
+
+void VertexVault::buildLookup()
+{
+    vFirstOfStretch.clear();
+    if (numSorted == 0) return;
+    stretchShift = 0;
+    const std::uint32_t maxIdx =
+        std::max_element(vItems.begin(), vItems.begin() + static_cast<std::ptrdiff_t>(numSorted),
+                         [](const IdxVtxAct& a, const IdxVtxAct& b) { return a.idx < b.idx; })
+            ->idx;
+    while ((maxIdx >> stretchShift) > numSorted / itemsPerStretch) {
+        ++stretchShift;
+    }
+    vFirstOfStretch.assign((maxIdx >> stretchShift) + 2, numSorted);
+    for (std::size_t i = numSorted; i-- > 0;) {
+        vFirstOfStretch[vItems[i].idx >> stretchShift] = i;
+    }
+    // A stretch without items begins where the next one does.
+    for (std::size_t s = vFirstOfStretch.size() - 1; s-- > 0;) {
+        vFirstOfStretch[s] = std::min(vFirstOfStretch[s], vFirstOfStretch[s + 1]);
+    }
+}
+
+/// The incident triangle of the item's vertex; null when the item is off.
+Triangle2* VertexVault::triangleAround(std::size_t pos) const
+{
+    if (!vItems[pos].bActive) return nullptr;
+    return vItems[pos].pVtx->getIncidentTriangle();
+}
+
+Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
+{
+    LUMO_CHECK(bFullDimensional, "bFullDimensional");
+    if (numSorted == 0 && hasFakeBox()) {
+        Triangle2* const pFakeT = getFakeBoxCorner(0)->getIncidentTriangle();
+        LUMO_CHECK(pFakeT != nullptr, "pFakeT!=0");
+        return pFakeT;
+    }
+    LUMO_CHECK(!vItems.empty(), "!vIdxVtxAct.empty()");
+    if (numSorted != 0) {
+        const std::size_t pos = lowerBound(idx);
+        for (std::size_t i = pos; i < numSorted; ++i) {
+            if (Triangle2* const pT = triangleAround(i)) return pT;
+        }
+        for (std::size_t i = pos; i-- > 0;) {
+            if (Triangle2* const pT = triangleAround(i)) return pT;
+        }
+    }
+    if (Triangle2* const pT = triangleFromTail(idx)) return pT;
+    // All items may be off while the fake box is the only mesh.
+    if (hasFakeBox()) return getFakeBoxCorner(0)->getIncidentTriangle();
+    msgError("Vault", "getCloT() failed");
+    LUMO_CHECK(false, "false");
+}
+
+/// Among the items behind the sorted part, the one whose index is nearest.
+Triangle2* VertexVault::triangleFromTail(std::uint32_t idx) const
+{
+    Triangle2* pBest = nullptr;
+    std::uint32_t bestDistance = 0;
+    for (std::size_t i = numSorted; i < vItems.size(); ++i) {
+        Triangle2* const pT = triangleAround(i);
+        if (pT == nullptr) continue;
+        const std::uint32_t distance = vItems[i].idx < idx ? idx - vItems[i].idx : vItems[i].idx - idx;
+        if (pBest == nullptr || distance < bestDistance) {
+            pBest = pT;
+            bestDistance = distance;
+        }
+    }
+    return pBest;
+}
+
+bool VertexVault::getThreeInitialPoints(Point2*& p0, Point2*& p1, Point2*& p2)
+{
+    if (vItems.size() < 3) return false;
+    LUMO_CHECK(!bFullDimensional, "!bFullDimensional");
+    const auto nextActive = [this](std::size_t i) {
+        while (i < vItems.size() && !vItems[i].bActive) {
+            ++i;
+        }
+        return i;
+    };
+    const std::size_t i0 = nextActive(0);
+    if (i0 == vItems.size()) return false;
+    p0 = vItems[i0].pVtx;
+    std::size_t i1 = nextActive(i0 + 1);
+    while (i1 < vItems.size() && *vItems[i1].pVtx == *p0) {
+        i1 = nextActive(i1 + 1);
+    }
+    if (i1 == vItems.size()) return false;
+    p1 = vItems[i1].pVtx;
+    // Items that an earlier call found on one line still are; only what came since has to be asked.
+    for (std::size_t i = nextActive(std::max(i1 + 1, numKnownCollinear)); i < vItems.size(); i = nextActive(i + 1)) {
+        p2 = vItems[i].pVtx;
+        const Orientation2 ori = pDt2->orbiTest.getOrientation2(p0, p1, p2);
+        if (ori == ORIENTATION2_COLLINEAR) continue;
+        if (ori == ORIENTATION2_CW) std::swap(p1, p2);
+        return true;
+    }
+    numKnownCollinear = vItems.size();
+    return false;
+}
+
+/// Position of the active item with p's position, and with the vertex pVtx unless that is null.
+std::size_t VertexVault::findActive(const Point2& p, std::uint32_t idx, const Point2* pVtx) const
+{
+    const auto isIt = [this, &p, pVtx](std::size_t i) {
+        const IdxVtxAct& item = vItems[i];
+        return item.bActive && (pVtx == nullptr ? *item.pVtx == p : item.pVtx == pVtx);
+    };
+    if (numSorted != 0) {
+        for (std::size_t i = lowerBound(idx); i < numSorted && vItems[i].idx <= idx; ++i) {
+            if (isIt(i)) return i;
+        }
+    }
+    // The tail was appended since the last sort; the sorted part is scanned as a last resort, because a sort in four
+    // parts leaves inactive items in between.
+    for (std::size_t i = vItems.size(); i-- > 0;) {
+        if (isIt(i)) return i;
+    }
+    return notFound;
+}
+
+std::size_t VertexVault::getIdxOfActiveVtx(const Point2* pVtx) const
+{
+    const std::size_t pos = findActive(*pVtx, pDt2->hilbertCurve.getIndex(*pVtx), pVtx);
+    if (pos == notFound) {
+        msgError("VertexVault::getIdxOfActiveVtx", "pQuery not found");
+        LUMO_CHECK(false, "false");
+    }
+    return pos;
+}
+
+bool VertexVault::isActive(const Point2* pVtx) const
+{
+    if (bFullDimensional) return pVtx->getIncidentTriangle() != nullptr;
+    return !vItems.empty() && findActive(*pVtx, pDt2->hilbertCurve.getIndex(*pVtx), pVtx) != notFound;
+}
+
+Point2* VertexVault::getVertex(const Point2& p) const
+{
+    if (vItems.empty()) return nullptr;
+    const std::size_t pos = findActive(p, pDt2->hilbertCurve.getIndex(p), nullptr);
+    return pos == notFound ? nullptr : vItems[pos].pVtx;
+}
+
+Point2* VertexVault::findWaiting(const Point2& p)
+{
+    if (!pWaiting) {
+        pWaiting = std::make_unique<WaitingPoints>();
+        for (const IdxVtxAct& item : vItems) {
+            if (item.bActive) pWaiting->sPoints.insert(item.pVtx);
+        }
+    }
+    Point2 query(p);
+    const auto it = pWaiting->sPoints.find(&query);
+    return it == pWaiting->sPoints.end() ? nullptr : *it;
+}
+
+void VertexVault::areaChanged()
+{
+    pWaiting.reset();
+    numKnownCollinear = 0;
+}
+
+void VertexVault::getActiveVertices(std::vector<Point2*>& vVertices) const
+{
+    vVertices.reserve(vVertices.size() + numActiveItems);
+    for (const IdxVtxAct& item : vItems) {
+        if (item.bActive) vVertices.push_back(item.pVtx);
+    }
+}
+
+Bbox2 VertexVault::getBoundingBox() const
+{
+    Bbox2 box(nullptr);
+    for (const IdxVtxAct& item : vItems) {
+        if (item.bActive) {
+            box.add(*item.pVtx);
+        } else {
+            LUMO_CHECK(item.pVtx->getIncidentTriangle() == nullptr, "pIdxVtxAct->pVtx->getIncidentTriangle()==NULL");
+        }
+    }
+    return box;
+}
+
+Triangle2* VertexVault::getOneValidTriangle() const
+{
+    if (!bFullDimensional) {
+        msgWarning("getOneValidTriangle()", "Triangulation is not 2D, returning NULL");
+        return nullptr;
+    }
+    for (const IdxVtxAct& item : vItems) {
+        if (item.bActive) return item.pVtx->getIncidentTriangle();
+    }
+    msgWarning("getOneValidTriangle()", "No valid triangle found");
+    return nullptr;
+}
+
+// ---- duplicates -----------------------------------------------------------------------------------------------------
+
+void VertexVault::registerDup(Point2* pDup, Point2* pExisting)
+{
+    if (pDup == pExisting) return;
+    const std::lock_guard<std::mutex> lock(mtxDup);
+    vRedundant2Unique.emplace_back(pDup, pExisting);
+}
+
+/// Middle-first insertion may meet the later of several equal points first. The vertex that is in the mesh stays, but
+/// the height and the custom index that count are those of the earliest point: in a bulk, equal points stand in memory
+/// in input order.
+void VertexVault::keepEarliestData()
+{
+    const std::less<const Point2*> before;
+    std::sort(vRedundant2Unique.begin(), vRedundant2Unique.end(), [&before](const auto& a, const auto& b) {
+        return a.second != b.second ? before(a.second, b.second) : before(a.first, b.first);
+    });
+    const auto isInBulk = [this, &before](const Point2* p) { return !before(p, pBulkBegin) && before(p, pBulkEnd); };
+    const Point2* pLastKept = nullptr;
+    for (const auto& [pDup, pKept] : vRedundant2Unique) {
+        if (pKept == pLastKept) continue;
+        pLastKept = pKept;
+        if (!before(pDup, pKept) || !isInBulk(pDup) || !isInBulk(pKept)) continue;
+        const Point2 earliest(*pDup);
+        pDup->setCoords(pKept->x(), pKept->y(), pKept->z());
+        pDup->setCustomIndex(pKept->getCustomIndex());
+        pKept->setCoords(earliest.x(), earliest.y(), earliest.z());
+        pKept->setCustomIndex(earliest.getCustomIndex());
+    }
+}
+
+void VertexVault::deactivate(IdxVtxAct& item)
+{
+    item.bActive = false;
+    --numActiveItems;
+}
+
+Point2* VertexVault::treatOneDupGetHandle(const Point2* pDup)
+{
+    LUMO_CHECK(bFullDimensional, "bFullDimensional");
+    LUMO_CHECK(vRedundant2Unique.size() == 1, "mRedundant2UniqueVtx.size()==1");
+    IdxVtxAct& lastItem = vItems.back();
+    LUMO_CHECK(pDup == lastItem.pVtx, "pDup==pLastItem->pVtx");
+    LUMO_CHECK(vRedundant2Unique.front().first == pDup, "q_it!=mRedundant2UniqueVtx.end()");
+    deactivate(lastItem);
+    Point2* const pKept = vRedundant2Unique.front().second;
+    vRedundant2Unique.clear();
+    return pKept;
+}
+
+/// Rewrites the handles of duplicates; the number of handles rewritten. The record of duplicates must be sorted.
+std::size_t VertexVault::replaceDupHandles(std::vector<Point2*>& vHandles) const
+{
+    std::size_t numFound = 0;
+    for (Point2*& pHandle : vHandles) {
+        if (pHandle->getIncidentTriangle() != nullptr) continue;
+        const auto it = std::lower_bound(vRedundant2Unique.begin(), vRedundant2Unique.end(), pHandle,
+                                         [](const std::pair<Point2*, Point2*>& entry, const Point2* p) {
+                                             return std::less<const Point2*>()(entry.first, p);
+                                         });
+        if (it == vRedundant2Unique.end() || it->first != pHandle) continue;
+        LUMO_CHECK(*pHandle == *it->second, "**it==*pExistingVtx");
+        pHandle = it->second;
+        ++numFound;
+    }
+    return numFound;
+}
+
+void VertexVault::treatDupsAndHandles(std::vector<Point2*>* pHandles)
+{
+    if (!bFullDimensional) {
+        LUMO_CHECK(vRedundant2Unique.empty(), "mRedundant2UniqueVtx.empty()");
+        findDupsWithoutArea();
+    }
+    if (vRedundant2Unique.empty()) return;
+    if (bFullDimensional) keepEarliestData();
+
+    std::sort(vRedundant2Unique.begin(), vRedundant2Unique.end(),
+              [](const auto& a, const auto& b) { return std::less<Point2*>()(a.first, b.first); });
+    if (pHandles != nullptr) {
+        const std::size_t numFoundInHandles = replaceDupHandles(*pHandles);
+        LUMO_CHECK(!bFullDimensional || vRedundant2Unique.size() == numFoundInHandles,
+                   "mRedundant2UniqueVtx.size()==numFoundInHandles");
+    }
+    if (bFullDimensional) {
+        std::size_t numFoundInIdxVtxAct = 0;
+        for (std::size_t i = numSorted; i < vItems.size(); ++i) {
+            if (!vItems[i].bActive || vItems[i].pVtx->getIncidentTriangle() != nullptr) continue;
+            deactivate(vItems[i]);
+            ++numFoundInIdxVtxAct;
+        }
+        if (vRedundant2Unique.size() != numFoundInIdxVtxAct) {
+            std::cout << "BUG: mRedundant2UniqueVtx.size()=" << vRedundant2Unique.size() << '\n'
+                      << "     numFoundInIdxVtxAct=" << numFoundInIdxVtxAct << '\n';
+        }
+        LUMO_CHECK(vRedundant2Unique.size() == numFoundInIdxVtxAct, "mRedundant2UniqueVtx.size()==numFoundInIdxVtxAct");
+        vRedundant2Unique.clear();
+    } else {
+        vRedundant2Unique.clear();
+        sortIfNeeded(false);
+    }
+}
+
+/// Without triangles no walk finds duplicates. The earliest item wins; in a bulk, items with equal points stand in input
+/// order.
+void VertexVault::findDupsWithoutArea()
+{
+    std::set<Point2*, LessByPosition> sUnique;
+    for (IdxVtxAct& item : vItems) {
+        if (!item.bActive) continue;
+        const auto result = sUnique.insert(item.pVtx);
+        if (result.second) continue;
+        deactivate(item);
+        vRedundant2Unique.emplace_back(item.pVtx, *result.first);
+    }
+}
+
+void VertexVault::replaceDuplicateVertexHandlesFullDim(std::vector<Point2*>& vHandles)
+{
+    std::size_t numReplaced = 0;
+    for (Point2*& pHandle : vHandles) {
+        if (pHandle->getIncidentTriangle() != nullptr) continue;
+        if (numReplaced == 0) sortIfNeeded(false);
+        Point2* const pKept = getVertex(*pHandle);
+        LUMO_CHECK(pKept != nullptr, "q_it!=vIdxVtxAct.end()");
+        pHandle = pKept;
+        ++numReplaced;
+    }
+    if (numReplaced > 500 && static_cast<double>(numReplaced) > 0.2 * static_cast<double>(vHandles.size())) {
+        msgWarning("Lumo_2D", "possible slow down due to massive duplicate vertex insertion");
+    }
+}
+
+// ---- upkeep ---------------------------------------------------------------------------------------------------------
+
+void VertexVault::sortIfNeeded(bool bConditional)
+{
+    if (bConditional) {
+        const auto sorted = static_cast<double>(numSorted);
+        const bool bFewNew = static_cast<double>(vItems.size()) <= 1.35 * sorted;
+        const bool bFewRemoved = static_cast<double>(numRemoved) <= 0.5 * sorted || numRemoved < 1001;
+        if (bFewNew && bFewRemoved) return;
+    }
+    numRemoved = 0;
+    if (numKnownCollinear < vItems.size()) numKnownCollinear = 0; // the known ones don't stay in front
+    sortItems(vItems, pDt2->numCPU);
+    while (!vItems.empty() && !vItems.back().bActive) {
+        vItems.pop_back();
+    }
+    numKnownCollinear = std::min(numKnownCollinear, vItems.size());
+    numSorted = vItems.size();
+    buildLookup();
+}
+
+void VertexVault::reindexAll()
+{
+    for (IdxVtxAct& item : vItems) {
+        item.idx = pDt2->hilbertCurve.getIndex(*item.pVtx);
+    }
+    sortIfNeeded(false);
+}
+
+void VertexVault::setInactive(Point2* pVtx)
+{
+    LUMO_CHECK(!vItems.empty(), "!vIdxVtxAct.empty()");
+    const std::size_t vertexPos = getIdxOfActiveVtx(pVtx);
+    LUMO_CHECK(vItems[vertexPos].pVtx == pVtx, "vIdxVtxAct[vertexPos]->pVtx==pRemovedVertex");
+    LUMO_CHECK(vItems[vertexPos].bActive, "vIdxVtxAct[vertexPos]->bActive==true");
+    ++numRemoved;
+    pVtx->setIncidentTriangle(nullptr);
+    deactivate(vItems[vertexPos]);
+    areaChanged();
+    if (!bFullDimensional) sortIfNeeded(false);
+}
+
+void VertexVault::dropPointsWithoutTriangle()
+{
+    vRedundant2Unique.clear();
+    if (!bFullDimensional) return;
+    for (IdxVtxAct& item : vItems) {
+        if (item.bActive && item.pVtx->getIncidentTriangle() == nullptr) deactivate(item);
+    }
+}
+
+// ---- the fake box ---------------------------------------------------------------------------------------------------
+
+void VertexVault::createFakeBox(const Bbox2& box)
+{
+    Bbox2 outer(box);
+    outer.inflateIfDegenerate(1.0);
+    outer.enlargeRanges(1.01);
+    std::vector<Point2> vCorners;
+    outer.getCorners(vCorners);
+    for (const Point2& corner : vCorners) {
+        vFakeBoxHandles.push_back(std::make_unique<Point2>(corner));
+    }
+    if (bFullDimensional) {
+        for (const auto& pCorner : vFakeBoxHandles) {
+            Point2* pVtx = pCorner.get();
+            pDt2->insertOneVertex(&pVtx, getCloseTriangle(pDt2->hilbertCurve.getIndex(*pVtx)));
+        }
+        return;
+    }
+    bFullDimensional = true;
+    Point2* const c0 = vFakeBoxHandles[0].get();
+    Point2* const c2 = vFakeBoxHandles[2].get();
+    Triangle2* const pT0 = pDt2->getNewTriangle(c0, vFakeBoxHandles[1].get(), c2);
+    Triangle2* const pT1 = pDt2->getNewTriangle(c0, c2, vFakeBoxHandles[3].get());
+    pT0->setOppTriangle(1, pT1);
+    pT1->setOppTriangle(2, pT0);
+}
+
+void VertexVault::removeFakeBox()
+{
+    LUMO_CHECK(vFakeBoxHandles.size() == 4, "vFakeBoxHandles.size()==4");
+    for (const auto& pCorner : vFakeBoxHandles) {
+        pDt2->removeHullVertex(pCorner.get(), false);
+    }
+    vFakeBoxHandles.clear();
+    areaChanged();
+}
+
+Point2* VertexVault::getFakeBoxCorner(std::size_t i) const
+{
+    LUMO_CHECK(vFakeBoxHandles.size() > i, "vFakeBoxHandles.size()>i");
+    return vFakeBoxHandles[i].get();
+}
+
+// ---- checks ---------------------------------------------------------------------------------------------------------
+
+bool VertexVault::checkVault() const
+{
+    std::size_t numViolations = 0;
+    const auto report = [&numViolations](const IdxVtxAct& item, const char* what) {
+        std::ostringstream text;
+        text << what << ": " << *item.pVtx;
+        msgError("VertexVault::checkVault()", text.str());
+        ++numViolations;
+    };
+    std::size_t numActiveFound = 0;
+    for (const IdxVtxAct& item : vItems) {
+        numActiveFound += item.bActive ? 1U : 0U;
+        const Triangle2* const pT = item.pVtx->getIncidentTriangle();
+        if (!item.bActive && pT != nullptr) report(item, "inactive vertex with a triangle");
+        if (item.bActive && bFullDimensional && pT == nullptr) report(item, "active vertex without a triangle");
+        if (item.bActive && pT != nullptr && !pT->hasVertex(item.pVtx))
+            report(item, "incident triangle without the vertex");
+        if (item.bActive && !bFullDimensional && pT != nullptr) report(item, "triangle without area");
+    }
+    if (numActiveFound != numActiveItems || !dupIsClean()) {
+        msgError("VertexVault::checkVault()", "counts of active items or duplicates are wrong");
+        ++numViolations;
+    }
+    return numViolations == 0;
+}
+
+std::size_t VertexVault::bytes() const
+{
+    return vItems.capacity() * sizeof(IdxVtxAct) + vFirstOfStretch.capacity() * sizeof(std::size_t);
+}
+
+} // namespace ORBI_LUMO25D

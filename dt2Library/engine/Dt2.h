@@ -1,0 +1,215 @@
+#ifndef LUMO25D_ENGINE_DT2_H
+#define LUMO25D_ENGINE_DT2_H
+
+#include "core/HC2.h"
+#include "core/SimplePool.h"
+#include "core/VertexVault.h"
+#include "engine/FanCutter.h"
+#include "engine/StarRepair.h"
+#include "geometry/OrbiTest.h"
+#include "support/Progress.h"
+
+#include "Bbox2.h"
+#include "Triangle2.h"
+#include "freeFunctions.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ORBI_LUMO25D
+{
+
+class Visualizer2;
+
+/// The engine: everything that makes up one triangulation, behind the facade Lumo_2D.
+///
+/// Laws, whenever no operation runs
+/// 1. Links are symmetric; alive triangles turn counterclockwise; the border is the convex hull, where a neighbour is
+///    null. There is no infinite vertex.
+/// 2. Circumcircles are empty (exactly; in fast mode up to what the double-precision filter can't decide).
+/// 3. Vertices and triangles live in pools and never move; dead triangles wait for reuse.
+/// 4. All coordinates lie in bbox, whose bounds the predicates know: their filters need no range check.
+///
+/// One caller's thread at a time. An exception that reports a broken invariant leaves the structure as it stands.
+class Dt2
+{
+public:
+    // ==== Dt2.cpp: life, settings, the road of points from the caller to the mesh and back ==========================
+
+    /// numExpectedVertices sizes the first blocks of the pools: a hint, not a limit.
+    explicit Dt2(std::size_t numExpectedVertices);
+    ~Dt2();
+    Dt2(const Dt2&) = delete;
+    Dt2& operator=(const Dt2&) = delete;
+
+    Point2* insert(const Point2& p);
+    /// pHandles, when given, is resized and filled in input order; duplicates get the vertex that was there first.
+    void insertVector(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles);
+    /// n triples x, y, z; aHandles (may be null) gets n handles. Below 1000 points it has no threaded form.
+    void insert(std::size_t numPoints, const double* aCoordinates, Point2** aHandles);
+    /// Puts points into the vault only: no triangle is touched, and the caller builds the triangles itself.
+    void insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles);
+
+    int setNumCPU(int n);
+    void setFastMode(bool bFast);
+    void setDev(const char* s, int i, double d);
+    bool hasArea() const { return bFullDimensional; }
+    std::size_t numberOfTriangles() const;
+    /// Seconds that a fresh engine with the same number of threads takes for the points.
+    double measureTriangulationTime(const std::vector<Point2>& vPoints) const;
+    /// Bytes taken by vertices, triangles, items and lists.
+    std::size_t bytes() const;
+
+    // ==== Dt2_insertion.cpp: vertices into the triangle structure ===================================================
+
+    /// Makes the first triangle and inserts all waiting vertices: the first numPreExisting items, then the others,
+    /// because each of the two runs is in curve order. False when all points lie on one line.
+    bool createFullDimTriangle(std::size_t numPreExisting);
+    /// Inserts the active items of a range that isn't empty, on one thread or on several.
+    void triangulateRange(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint);
+    /// Middle-first recursion over a run in curve order: each walk starts near its goal. Returns an alive triangle.
+    Triangle2* triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint);
+    /// Inserts one vertex and repairs the Delaunay property. Returns a triangle around *ppVtx; for a duplicate, *ppVtx
+    /// becomes the vertex that was there first.
+    Triangle2* insertOneVertex(Point2** ppVtx, Triangle2* pHint);
+    /// Repairs around an existing vertex whose star came about without the empty-circle property.
+    void bfsFlipIncident(Point2* pVtx);
+
+    // Mesh operations
+
+    Triangle2* getNewTriangle();
+    Triangle2* getNewTriangle(Point2* pA, Point2* pB, Point2* pC);
+    void flip(Triangle2* pT, int ith);
+    /// True when the quadrilateral of pT and its neighbour across edge ith is strictly convex.
+    bool canBeFlipped(const Triangle2* pT, int ith) const;
+
+    // ==== Dt2_location.cpp: the walk, and read-only queries ========================================================
+
+    /// Walks from *ppStartT to p and moves *ppStartT to the result. The state:
+    ///   -1      in the triangle; *pEdgeIdx is -1 strictly inside, else the inner edge that p lies on
+    ///   0 to 2  outside the hull beyond that hull edge, or on it
+    ///   4       at a corner of the triangle
+    /// p must lie within the predicates' bound.
+    int locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdgeIdx) const;
+    /// The triangle that holds p; null outside the hull, without area, or for a position that isn't finite.
+    Triangle2* locate(const Point2& p);
+    void getVertexPointers(std::vector<Point2*>& vVertices) const { vertexVault.getActiveVertices(vVertices); }
+    /// The same from a given alive triangle. p must be finite.
+    Triangle2* locateFrom(const Point2& p, Triangle2* pT);
+    /// Appends all alive triangles in the order in which they were made.
+    void getTrianglePointers(std::vector<Triangle2*>& vT) const;
+    Bbox2 computeBoundingBox() const { return vertexVault.getBoundingBox(); }
+
+    // ==== Dt2_queries.cpp: heights, neighbourhoods, the hull =======================================================
+
+    bool isAliveTriangle(const Triangle2* pT) const;
+    /// True for a vertex of this triangulation that has triangles; any pointer may be asked.
+    bool isMeshVertex(const Point2* pVtx) const;
+    /// Height of the surface at (x, y). pApproxT (may be null) is where the search begins. Outside the hull, a positive
+    /// tolerance allows the height of the hull edge beneath, if it is no farther away than that. False without a height.
+    bool getHeight(double x, double y, double& height, Triangle2* pApproxT, double tolerance);
+    /// The same for a position outside the hull.
+    bool getNearbyHeight(double x, double y, double& height, double tolerance);
+    /// The triangle with the edge from p0 to p1 on its counterclockwise way; null when there is none.
+    Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1) const;
+    /// Appends the triangles around a vertex, counterclockwise. A vertex without a triangle throws LumoException.
+    void getIncidentTriangles(const Point2* pVtx, std::vector<Triangle2*>& vT) const;
+    /// Appends the neighbours of a vertex, by address.
+    void getIncidentVertices(const Point2* pVtx, std::vector<Point2*>& vVtx) const;
+    /// Appends the hull counterclockwise from its lowest leftmost vertex, with or without collinear vertices.
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHull) const;
+    /// Where the segment from src, outside of the hull, to trg enters the hull: exact up to one rounding, never outside.
+    /// bOK tells whether it does.
+    Point2 cutLineAtCH(const Point2& src, const Point2& trg, bool& bOK);
+
+    // ==== Dt2_removal.cpp: vertices out of the triangle structure ===================================================
+
+    /// Takes a vertex out and restores the empty circles; the last vertices leave a triangulation without area. NULL, and
+    /// a pointer that is no vertex in use, get a warning, and nothing changes. O(k log k) for a vertex of degree k.
+    void remove(Point2* pVtx);
+    /// Takes a vertex on the hull out. With bUpdateVault false the vault does not hear of it: for the fake box.
+    void removeHullVertex(Point2* pVtx, bool bUpdateVault);
+
+    // ==== Dt2_output.cpp: pictures =================================================================================
+
+    void show(Visualizer2& visualizer) const;
+
+    // ==== Data: in the order in which they depend on one another ====================================================
+
+    std::mutex mtxTriangles; ///< guards the triangle pool while chunks fetch triangles
+    std::mutex mtxDead;      ///< guards vDeadTriangles while chunks hand triangles back
+    int numCPU = 1;
+    std::map<std::string, std::pair<int, double>> mDev; ///< developer settings; nothing reads them
+    std::vector<Point2*> vRemovedVertices;
+    HC2 hilbertCurve;
+    VertexVault vertexVault;
+    bool& bFullDimensional; ///< the vault's flag
+    OrbiTest orbiTest;
+    Bbox2 bbox; ///< the working box: contains all points, grows by doubling, and moves the predicates' bound
+    SimplePool<Triangle2> poolTriangles;
+    SimplePool<Point2> poolVertices;
+    std::vector<Triangle2*> vDeadTriangles; ///< out of use, given out again before the pool is touched
+    bool bFastMode = false;
+    std::string name;
+    bool bCutMode = false; ///< set during a knife cut: insertion does not repair the Delaunay property
+    Progress progress;
+
+private:
+    class Walk;
+    struct HullEdge
+    {
+        Triangle2* pT;
+        int ith;
+    };
+
+    // Dt2.cpp
+    template <class Iterator>
+    bool admit(Iterator first, Iterator last);
+    bool admitCoordinates(std::size_t n, const double* aCoordinates);
+    void rescale();
+    Point2* insertWithoutArea(const Point2& p);
+    Point2* newVertex(const Point2& p, std::uint32_t& idx);
+    template <class AppendToVault>
+    void insertBulk(const char* stepName, std::size_t numPoints, std::vector<Point2*>* pHandles, bool bFakeBox,
+                    const AppendToVault& append);
+    void giveUpBulk();
+
+    // Dt2_insertion.cpp
+    void runStarRepair(const Point2* pVtx);
+    bool isInCircle(const Triangle2* pT, const Point2* q) const;
+    Triangle2* triangulateCoplanarOrDuplicate(Point2** ppVtx, Triangle2* pT, int state);
+    Triangle2* insertVertexCH(Point2* pVtx, Triangle2* pT, int ith);
+    void collectVisible(const Point2* pVtx, Triangle2* pT, int ith);
+    static HullEdge previousHullEdge(HullEdge e);
+    static HullEdge nextHullEdge(HullEdge e);
+    Triangle2* splitHullEdge(Point2* pVtx, Triangle2* pT, int ith);
+    Triangle2* fanOverVisibleEdges(Point2* pVtx);
+    void flipCollinearOnly(const Point2* pVtx);
+
+    // Dt2_queries.cpp
+    HullEdge someHullEdge() const;
+    HullEdge entryEdge(const Point2& src, const Point2& trg, HullEdge e, bool& bAtVertex) const;
+    bool pullInside(const HullEdge& e, Point2& p) const;
+
+    // Dt2_removal.cpp
+    void removeInnerVertex(Point2* pVtx, std::vector<Triangle2*>& vFan);
+    [[noreturn]] void reportStubbornFan(const Point2* pVtx, std::size_t numTriangles) const;
+    bool collectFan(const Point2* pVtx, std::vector<Triangle2*>& vFan) const;
+    void detachFan(const Point2* pVtx, const std::vector<Triangle2*>& vFan);
+    void repairByRounds(std::vector<Triangle2*>& vT);
+
+    StarRepair starRepair; ///< the work list of Delaunay repair
+    FanCutter fanCutter{orbiTest};
+    // Scratch lists of the insertion at the hull: kept, so that a point there costs no allocation.
+    std::vector<HullEdge> vVisibleBefore, vVisible;
+    std::vector<Triangle2*> vFresh, vNextFresh;
+};
+
+} // namespace ORBI_LUMO25D
+
+#endif

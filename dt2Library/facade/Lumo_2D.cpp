@@ -1,0 +1,254 @@
+#include "Lumo_2D.h"
+
+#include "engine/Dt2.h"
+#include "support/messages.h"
+
+#include "freeFunctions.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+
+namespace ORBI_LUMO25D
+{
+
+namespace
+{
+
+bool isFinite(double x, double y, double z)
+{
+    return std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
+}
+
+bool isFinite(const Point2& p)
+{
+    return isFinite(p.x(), p.y(), p.z());
+}
+
+void reportRefused(std::size_t numRefused)
+{
+    msgError("Lumo_2D::insert()",
+             std::to_string(numRefused) + " point(s) refused: a coordinate is not a finite number");
+}
+
+/// Puts the handles of the accepted points back to the positions of the input; refused points get NULL.
+template <class IsAccepted>
+void spreadHandles(std::size_t numPoints, const IsAccepted& isAccepted, const std::vector<Point2*>& vAccepted,
+                   Point2** aHandles)
+{
+    auto it = vAccepted.begin();
+    for (std::size_t i = 0; i < numPoints; ++i) {
+        aHandles[i] = isAccepted(i) ? *it++ : nullptr;
+    }
+}
+
+} // namespace
+
+// ---- life -----------------------------------------------------------------------------------------------------------
+
+Lumo_2D::Lumo_2D(std::size_t numExpectedVertices)
+{
+    initLumo(numExpectedVertices);
+}
+
+Lumo_2D::~Lumo_2D()
+{
+    delete pImpl;
+}
+
+void Lumo_2D::initLumo(std::size_t numExpectedVertices)
+{
+    pImpl = new Dt2(numExpectedVertices);
+}
+
+// ---- points in and out ----------------------------------------------------------------------------------------------
+
+Point2* Lumo_2D::insert(const Point2& p)
+{
+    if (!isFinite(p)) {
+        reportRefused(1);
+        return nullptr;
+    }
+    return pImpl->insert(p);
+}
+
+namespace
+{
+
+/// Inserts the points that are finite; false when all of them are, and nothing was done.
+bool insertFiniteOnly(Dt2& dt2, const std::vector<Point2>& vPoints, std::vector<Point2*>* pHandles)
+{
+    std::vector<Point2> vAccepted;
+    const auto isAccepted = [&vPoints](std::size_t i) { return isFinite(vPoints[i]); };
+    if (std::all_of(vPoints.begin(), vPoints.end(), [](const Point2& p) { return isFinite(p); })) return false;
+    std::copy_if(vPoints.begin(), vPoints.end(), std::back_inserter(vAccepted),
+                 [](const Point2& p) { return isFinite(p); });
+    reportRefused(vPoints.size() - vAccepted.size());
+    std::vector<Point2*> vAcceptedHandles;
+    dt2.insertVector(vAccepted, pHandles == nullptr ? nullptr : &vAcceptedHandles);
+    if (pHandles != nullptr) {
+        pHandles->resize(vPoints.size());
+        spreadHandles(vPoints.size(), isAccepted, vAcceptedHandles, pHandles->data());
+    }
+    return true;
+}
+
+} // namespace
+
+void Lumo_2D::insert(const std::vector<Point2>& vPoints)
+{
+    if (!insertFiniteOnly(*pImpl, vPoints, nullptr)) pImpl->insertVector(vPoints, nullptr);
+}
+
+void Lumo_2D::insert(const std::vector<Point2>& vPoints, std::vector<Point2*>& vHandles)
+{
+    if (!insertFiniteOnly(*pImpl, vPoints, &vHandles)) pImpl->insertVector(vPoints, &vHandles);
+}
+
+void Lumo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles)
+{
+    if (numPoints < 0 || (numPoints > 0 && aCoordinates == nullptr)) {
+        msgError("Lumo_2D::insert()", "negative number of points or no coordinates, nothing inserted");
+        return;
+    }
+    const auto n = static_cast<std::size_t>(numPoints);
+    const auto isAccepted = [aCoordinates](std::size_t i) {
+        return isFinite(aCoordinates[3 * i], aCoordinates[3 * i + 1], aCoordinates[3 * i + 2]);
+    };
+    std::vector<double> vAccepted;
+    std::size_t numAccepted = 0;
+    while (numAccepted < n && isAccepted(numAccepted)) {
+        ++numAccepted;
+    }
+    if (numAccepted == n) {
+        pImpl->insert(n, aCoordinates, aHandles);
+        return;
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        if (isAccepted(i)) vAccepted.insert(vAccepted.end(), aCoordinates + 3 * i, aCoordinates + 3 * i + 3);
+    }
+    numAccepted = vAccepted.size() / 3;
+    reportRefused(n - numAccepted);
+    std::vector<Point2*> vAcceptedHandles(numAccepted);
+    pImpl->insert(numAccepted, vAccepted.data(), aHandles == nullptr ? nullptr : vAcceptedHandles.data());
+    if (aHandles != nullptr) spreadHandles(n, isAccepted, vAcceptedHandles, aHandles);
+}
+
+// ---- settings -------------------------------------------------------------------------------------------------------
+
+int Lumo_2D::setNumCPU(int numCPU)
+{
+    return pImpl->setNumCPU(numCPU);
+}
+
+void Lumo_2D::enableMultithreading()
+{
+    setNumCPU(0);
+}
+
+void Lumo_2D::setFastMode(bool bFast)
+{
+    pImpl->setFastMode(bFast);
+}
+
+void Lumo_2D::setName(const char* s)
+{
+    pImpl->name = s == nullptr ? "" : s;
+}
+
+const char* Lumo_2D::getName() const
+{
+    return pImpl->name.c_str();
+}
+
+void Lumo_2D::setDev(const char* s, int i, double d)
+{
+    pImpl->setDev(s == nullptr ? "" : s, i, d);
+}
+
+void Lumo_2D::internal(int a, int b, const char* /*s*/)
+{
+    if (a == -7 && (b == -2000 || b == -1000)) std::cout << "internal debug is disbled in your version\n";
+}
+
+// ---- state and queries ----------------------------------------------------------------------------------------------
+
+bool Lumo_2D::hasArea() const
+{
+    return pImpl->hasArea();
+}
+
+bool Lumo_2D::is2D() const
+{
+    return pImpl->hasArea();
+}
+
+std::size_t Lumo_2D::numberOfPoints() const
+{
+    return pImpl->vertexVault.numActive();
+}
+
+std::size_t Lumo_2D::numberOfTriangles() const
+{
+    return pImpl->numberOfTriangles();
+}
+
+Orientation2 Lumo_2D::getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) const
+{
+    return getOrientation2_mt(&p0, &p1, &p2);
+}
+
+Triangle2* Lumo_2D::locate(const Point2& p) const
+{
+    return pImpl->locate(p);
+}
+
+void Lumo_2D::getVertexPointers(std::vector<Point2*>& vVertices) const
+{
+    pImpl->getVertexPointers(vVertices);
+}
+
+void Lumo_2D::getTrianglePointers(std::vector<Triangle2*>& vTriangles) const
+{
+    pImpl->getTrianglePointers(vTriangles);
+}
+
+Bbox2 Lumo_2D::computeBoundingBox() const
+{
+    return pImpl->computeBoundingBox();
+}
+
+double Lumo_2D::measureTriangulationTime(const std::vector<Point2>& vPoints) const
+{
+    return pImpl->measureTriangulationTime(vPoints);
+}
+
+// ---- output and progress --------------------------------------------------------------------------------------------
+
+void Lumo_2D::show(const std::string& filename) const
+{
+    Visualizer2 visualizer(filename.c_str());
+    show(&visualizer);
+    visualizer.writeFile();
+}
+
+void Lumo_2D::show(Visualizer2* pVisualizer) const
+{
+    if (pVisualizer == nullptr) {
+        msgWarning("Lumo_2D::show()", "no visualizer given");
+        return;
+    }
+    pImpl->show(*pVisualizer);
+}
+
+void Lumo_2D::subscribe(MsgType msgType, MsgBase* pMsg)
+{
+    pImpl->progress.subscribe(msgType, pMsg);
+}
+
+void Lumo_2D::unsubscribe(MsgType msgType, MsgBase* pMsg)
+{
+    pImpl->progress.unsubscribe(msgType, pMsg);
+}
+
+} // namespace ORBI_LUMO25D
