@@ -1,0 +1,89 @@
+#ifndef LUMO25D_GEOMETRY_ORBITEST_FILTERS_H
+#define LUMO25D_GEOMETRY_ORBITEST_FILTERS_H
+
+#include "Point2.h"
+
+#include <cmath>
+
+/// The floating-point filters of the predicates: a value, and a bound that its error can't reach.
+///
+/// After Shewchuk, "Adaptive precision floating-point arithmetic and fast robust geometric predicates" (1997), with two
+/// changes. The unit roundoff is taken as u = 2^-52 instead of 2^-53, so that the bounds hold in every rounding mode
+/// that the caller may have set, not in round-to-nearest alone. And underflow is counted: a difference of doubles is
+/// either exact or has a relative error (it never loses bits to underflow), but each product may be off by up to
+/// h = 2^-1074, absolutely. Overflow ends in a bound that is infinite or no number, which no value exceeds; so compare
+/// as value > bound and value < -bound, and never the other way round. Only flush-to-zero modes of the processor are
+/// not covered; they make denormal coordinates and differences vanish before any filter sees them.
+namespace ORBI_LUMO25D::filters
+{
+
+/// The determinant D = left - right of an orientation test.
+struct OrientationValue
+{
+    double left;  ///< (x0 - x2)(y1 - y2)
+    double right; ///< (y0 - y2)(x1 - x2)
+    double det() const { return left - right; }
+    /// |det()| above this has the true sign. left and right consist of three rounded operations each, and the last
+    /// subtraction doesn't change the sign: (3 + 16u)u(|left| + |right|) + 2h, and 3u = 6.661e-16.
+    double bound() const { return 6.7e-16 * (std::fabs(left) + std::fabs(right)) + 0x1p-1000; }
+};
+
+inline OrientationValue orientation(const Point2* p0, const Point2* p1, const Point2* p2)
+{
+    const double x2 = p2->x(), y2 = p2->y();
+    return {(p0->x() - x2) * (p1->y() - y2), (p0->y() - y2) * (p1->x() - x2)};
+}
+
+/// Bound of det() for points whose coordinates are at most m in size, given f * m * m as a filter without range margin
+/// has it in round-to-nearest (OrbiTest.cpp); infinite where a product of two differences could overflow.
+inline double orientationBoundFor(double m, double staticBound)
+{
+    return m < 0x1p510 ? 2.0 * staticBound + 0x1p-1000 : HUGE_VAL;
+}
+
+/// The in-circle determinant E of a triangle and a point q, from differences to q.
+///
+/// Each of its monomials goes through ten rounded operations before the last addition, which doesn't change the sign
+/// of the sum. With P the permanent, the rounding error is below (10 + 170u)u P, P as computed; 10u = 2.2204e-15.
+/// Underflow adds at most 4h(lifts' sum) + 2h(minors' sum) + 4h, and each minor is at most the sum of two lifts, so
+/// together less than 2^-1070 (lifts' sum + 1); guard() is far above.
+struct InCircleValue
+{
+    double bXc, cXb, cXa, aXc, aXb, bXa; ///< bXc = bdx * cdy and so on
+    double aLift, bLift, cLift;          ///< squared distances from q
+
+    double det() const { return ((bXc - cXb) * aLift + (cXa - aXc) * bLift) + (aXb - bXa) * cLift; }
+    double guard() const { return 0x1p-1000 * (aLift + bLift + cLift) + 0x1p-1000; }
+
+    /// The cheap bound, by the lifts alone: |bdx cdy| + |cdx bdy| <= sqrt(bLift cLift) by Cauchy and Schwarz, and with
+    /// X, Y, Z the square roots of the three products of two lifts, P <= XY + YZ + ZX <= X^2 + Y^2 + Z^2.
+    double liftBound() const { return 2.25e-15 * (aLift * bLift + (aLift + bLift) * cLift) + guard(); }
+
+    /// The bound B of the approximate mode: 30 times 2^-53 P, of which 20 are needed in the worst rounding mode.
+    double permanentBound() const
+    {
+        return 3.33e-15 * (((std::fabs(bXc) + std::fabs(cXb)) * aLift + (std::fabs(cXa) + std::fabs(aXc)) * bLift) +
+                           (std::fabs(aXb) + std::fabs(bXa)) * cLift);
+    }
+};
+
+inline InCircleValue inCircle(const Point2* pA, const Point2* pB, const Point2* pC, const Point2* q)
+{
+    const double qx = q->x(), qy = q->y();
+    const double adx = pA->x() - qx, ady = pA->y() - qy;
+    const double bdx = pB->x() - qx, bdy = pB->y() - qy;
+    const double cdx = pC->x() - qx, cdy = pC->y() - qy;
+    return {bdx * cdy,
+            cdx * bdy,
+            cdx * ady,
+            adx * cdy,
+            adx * bdy,
+            bdx * ady,
+            adx * adx + ady * ady,
+            bdx * bdx + bdy * bdy,
+            cdx * cdx + cdy * cdy};
+}
+
+} // namespace ORBI_LUMO25D::filters
+
+#endif
