@@ -1,7 +1,6 @@
 # Flags shared by everything that is compiled in this project: an interface target that our targets link privately,
 # so that the flags never leak into the projects that use the library.
 add_library(lumo25d_flags INTERFACE)
-target_compile_features(lumo25d_flags INTERFACE cxx_std_17)
 
 # A fused multiply-add rounds once where the error analysis of the predicates counts two roundings: contraction
 # would change the sign of near-degenerate determinants from one compiler to the next.

@@ -6,6 +6,7 @@
 // answers heights at positions, and leaves two drawings and the points in both file forms.
 
 #include "Lumo_2D.h"
+#include "Vector2.h"
 #include "Visualizer2.h"
 #include "freeFunctions.h"
 

@@ -6,6 +6,7 @@
 // TOLERANCE of the border.
 
 #include "Lumo_2D.h"
+#include "Vector2.h"
 #include "freeFunctions.h"
 
 #include <cmath>

@@ -52,7 +52,7 @@ std::string findCycle(const Graph& graph)
         const auto edges = graph.find(node);
         if (edges != graph.end()) {
             for (const std::string& next : edges->second) {
-                const std::string cycle = visit(next);
+                std::string cycle = visit(next);
                 if (!cycle.empty()) return cycle;
             }
         }
@@ -61,7 +61,7 @@ std::string findCycle(const Graph& graph)
         return {};
     };
     for (const auto& [node, edges] : graph) {
-        const std::string cycle = visit(node);
+        std::string cycle = visit(node);
         if (!cycle.empty()) return cycle;
     }
     return {};

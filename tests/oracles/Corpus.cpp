@@ -151,7 +151,8 @@ Points duplicates(int numPlaces, int num)
     Points v;
     for (int i = 0; i < num; ++i) {
         const int place = dice.below(numPlaces);
-        v.emplace_back(place % 3, place / 3, i);
+        const int row = place / 3;
+        v.emplace_back(place % 3, row, i);
     }
     return v;
 }
@@ -174,12 +175,11 @@ Points scaled(Points v, double factor)
     return v;
 }
 
-/// A fan whose first point sees all others on one circle arc, far away: long thin triangles, long flip
-/// chains.
+/// A fan: one point that sees all others along a far, nearly straight line: long thin triangles, long flip chains.
 Points fan(int n)
 {
     Points v = {Point2(0, 0, 0)};
-    for (int i = 0; i < n; ++i) v.emplace_back(1000.0 + i * 1e-3, (i - n / 2) * 0.25, i);
+    for (int i = 0; i < n; ++i) v.emplace_back(1000.0 + i * 1e-3, (i - 0.5 * n) * 0.25, i);
     return v;
 }
 
@@ -243,6 +243,7 @@ std::vector<CorpusEntry> generatedEntries()
         {"scan_lines", scanLines()},
     };
     std::vector<CorpusEntry> vEntries;
+    vEntries.reserve(families.size());
     for (const auto& [name, vPoints] : families) vEntries.push_back({std::string("generated/") + name, vPoints, {}});
     return vEntries;
 }
