@@ -23,8 +23,7 @@ namespace
 
 constexpr double PI = 3.14159265358979323846;
 
-// ---- generated families
-// -----------------------------------------------------------------------------------------
+// ---- generated families -----------------------------------------------------------------------------------------
 
 /// Repeatable on every platform: the distributions of the standard library are not, its engines are.
 class Dice
@@ -131,8 +130,7 @@ Points nearlyCollinear(int n)
     return v;
 }
 
-/// Neighbouring doubles around (0.5, 0.5) and two far points: nearly every triangle is decided by the last
-/// bits.
+/// Neighbouring doubles around (0.5, 0.5) and two far points: nearly every triangle is decided by the last bits.
 Points lastBits()
 {
     Points v;
@@ -248,8 +246,7 @@ std::vector<CorpusEntry> generatedEntries()
     return vEntries;
 }
 
-// ---- variants
-// ---------------------------------------------------------------------------------------------------
+// ---- variants ---------------------------------------------------------------------------------------------------
 
 template <typename Move>
 CorpusEntry moved(const CorpusEntry& entry, const char* suffix, Move move)
@@ -284,8 +281,7 @@ void appendVariants(const CorpusEntry& entry, std::vector<CorpusEntry>& vEntries
                              [](const Point2& p) { return Point2(p.x() + 21530000.125, p.y() + 6782000.375, p.z()); }));
 }
 
-// ---- files
-// ------------------------------------------------------------------------------------------------------
+// ---- files ------------------------------------------------------------------------------------------------------
 
 [[noreturn]] void refuse(const std::string& path, std::size_t lineNumber, const std::string& why)
 {
@@ -413,8 +409,7 @@ std::vector<CorpusEntry> corpus(std::size_t maxPoints)
     return vEntries;
 }
 
-// ---- failures
-// ---------------------------------------------------------------------------------------------------
+// ---- failures ---------------------------------------------------------------------------------------------------
 
 namespace
 {

@@ -22,17 +22,15 @@ struct CorpusEntry
     std::vector<ORBI_LUMO25D::Segment2> vSegments;
 };
 
-/// Every file below tests/corpus, sorted by name, then the generated families, each as it is. Entries of more
-/// than maxPoints points are left out. No file at all, or one that breaks the form (tests/corpus/README.md),
-/// is an std::runtime_error with the file's name and line.
+/// Every file below tests/corpus, sorted by name, then the generated families, each as it is. Entries of more than
+/// maxPoints points are left out.
 std::vector<CorpusEntry> plainCorpus(std::size_t maxPoints = std::numeric_limits<std::size_t>::max());
 
 /// The plain corpus and four variants of each entry:
 /// "+turned"   by 90 degrees: (-y, x), exact;
 /// "+mirrored" (-x, y), exact;
 /// "+doubled"  every point a second time right after the first, 1 higher;
-/// "+survey"   moved by (21530000.125, 6782000.375), which rounds: near points may meet. Left out for an
-/// entry with a
+/// "+survey"   moved by (21530000.125, 6782000.375), which rounds: near points may meet. Left out for an entry with a
 ///             coordinate of more than 1e6 in size, which such a step would not change in kind.
 /// maxPoints holds before doubling.
 std::vector<CorpusEntry> corpus(std::size_t maxPoints = std::numeric_limits<std::size_t>::max());
@@ -42,13 +40,12 @@ std::vector<CorpusEntry> corpus(std::size_t maxPoints = std::numeric_limits<std:
 std::vector<CorpusEntry> readCorpusFolder(const std::string& folder);
 /// Reads one file in the corpus form.
 CorpusEntry readCorpusFile(const std::string& path, const std::string& name);
-/// Writes the entry in the corpus form; the numbers come back bit for bit. False when the file can't be
-/// written.
+/// Writes the entry in the corpus form; the numbers come back bit for bit. False when the file can't be written.
 bool writeCorpusFile(const std::string& path, const CorpusEntry& entry);
 
-/// Put at the top of a loop over the corpus: names the entry in every failure, and when a check failed within
-/// its life, writes the input to "failed-<name>.txt" in the working directory and prints that name, so that a
-/// failure becomes a corpus entry by copying a file.
+/// Put at the top of a loop over the corpus: names the entry in every failure, and when a check failed within its life,
+/// writes the input to "failed-<name>.txt" in the working directory and prints that name, so that a failure becomes a
+/// corpus entry by copying a file.
 class FailureKeeper
 {
 public:
