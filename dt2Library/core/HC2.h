@@ -29,7 +29,7 @@ public:
     void setRange(double minX, double minY, double maxX, double maxY, std::uint32_t numBits);
 
     /// The position of p along the curve, below 2^numBits. Points outside of the range get some position too, and so do
-    /// all points when the range is degenerate. About 4 ns.
+    /// all points when the range is degenerate. A few nanoseconds.
     std::uint32_t getIndex(const Point2& p) const { return getIndex(p.x(), p.y()); }
     std::uint32_t getIndex(double x, double y) const
     {
