@@ -1,0 +1,309 @@
+#include "Visualizer2.h"
+
+#include "Circle2.h"
+#include "Edge2.h"
+#include "LumoException.h"
+#include "Segment2.h"
+#include "Triangle2.h"
+#include "support/TestOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <random>
+#include <sstream>
+
+namespace ORBI_LUMO25D
+{
+
+using lumo_test::CoutCapture;
+using lumo_test::readFile;
+using lumo_test::TempWorkDir;
+
+namespace
+{
+
+Triangle2 makeTriangle(Point2& a, Point2& b, Point2& c)
+{
+    Triangle2 t;
+    t.setProperties(&a, &b, &c);
+    return t;
+}
+
+/// The part of a page behind its header (without notes).
+std::string bodyOf(const std::string& page)
+{
+    return page.substr(page.find('\n', page.find("(y-Range: ")) + 1);
+}
+
+/// x and y of every vertex of the page's paths.
+std::vector<std::pair<double, double>> verticesOf(const std::string& body)
+{
+    std::vector<std::pair<double, double>> v;
+    std::istringstream stream(body);
+    for (std::string line; std::getline(stream, line);) {
+        double x = 0.0;
+        double y = 0.0;
+        int length = 0;
+        if (std::sscanf(line.c_str(), "%lf\t%lf\t%*1[ml]%*[ovetin]%n", &x, &y, &length) == 2 && length > 0) {
+            v.emplace_back(x, y);
+        }
+    }
+    return v;
+}
+
+std::size_t count(const std::string& text, const std::string& part)
+{
+    std::size_t n = 0;
+    for (std::size_t pos = text.find(part); pos != std::string::npos; pos = text.find(part, pos + 1)) ++n;
+    return n;
+}
+
+} // namespace
+
+TEST(Visualizer2Test, PageIsByteForByte)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    Point2 a(0, 0, 5);
+    Point2 b(4, 0, 5);
+    Point2 c(0, 2, 5);
+    const Triangle2 t = makeTriangle(a, b, c);
+    {
+        // In an order that is not the page's. A range of 4.8 makes 100 points of the page of each unit.
+        Visualizer2 vis("a.ps");
+        vis.addObject(Label(Point2(1, 1, 0), "two\nlines", true, 10), Color());
+        vis.addObject(Circle2(1, 1, 0.25), Color(CBLUE, 2.0F, true));
+        vis.addObject(Point2(4.8, 0, 0), Color(CBLUE, 2.0F, true));
+        vis.addObject(Segment2(a, b), Color(CPINK));
+        vis.addObject(t, Color(0.25, 1, 0, 0.5, true));
+        vis.addObject(t, Color());
+        vis.addHeaderLine("note");
+        vis.addHeaderLine("another");
+    }
+    EXPECT_EQ(out.take(), "Visualizer2:: Writing a.ps\n"
+                          "Calling Visualizer2::writeFile() to complete an unfinished visualization [a.ps\n");
+    EXPECT_EQ(
+        readFile("a.ps"),
+        "%!PS-Adobe-1.0\n\t%%Creator: ORBI PostscriptWriter\n\t%%Title: a.ps\n\t%%CreationDate: none\n"
+        "\t%%DocumentMedia: A4 595 842 0 () ()\n\t%%Orientation: Portrait\n\t%%Pages: 1\t%%DocumentFonts: Times-Roman "
+        "Helvetica\n\t%%EndComments\n\t%%BeginProlog\n\t%%EndProlog\n\t%%Page: Orbi PostscriptWriter 1\n"
+        "0.05\tsetlinewidth\n\t0\t0\t0\tsetrgbcolor\n\t/Times-Roman findfont 17 scalefont\n\tsetfont\n"
+        "40\t740\tmoveto\n\t(a.ps)\tshow\n"
+        "0.4\t0.4\t0.4\tsetrgbcolor\n\t/Times-Roman findfont 10 scalefont\n\tsetfont\n"
+        "40\t725\tmoveto\n(Orbi Lumo 2.5D, )\tshow\n"
+        "0.0\t0.0\t0.0\tsetrgbcolor\n\t/Times-Roman findfont 10 scalefont\n\tsetfont\n"
+        "40\t705\tmoveto\n(x-Range: [0 - 4.8] =4.8)\tshow\n"
+        "40\t695\tmoveto\n(y-Range: [0 - 2] =2)\tshow\n"
+        "0.0\t0.0\t0.0\tsetrgbcolor\n\t/Times-Roman findfont 12 scalefont\n\tsetfont\n"
+        "240\t695\tmoveto\n(note)\tshow\n240\t647\tmoveto\n(another)\tshow\n"
+        "237\t692\tmoveto\n237\t599\tlineto\n237\t692\tmoveto\n570\t692\tlineto\n570\t692\tlineto\n"
+        // the filled triangle with its grey border, then the other one
+        "stroke\n0.25\t1\t0\tsetrgbcolor\n0.5\tsetlinewidth\n"
+        "50\t200\tmoveto\n450\t200\tlineto\n50\t400\tlineto\nclosepath\ngsave\n  fill\ngrestore\n"
+        "  0.3 0.3 .3 setrgbcolor\n0.5\tsetlinewidth\nstroke\n"
+        "stroke\n0.25\t1\t0\tsetrgbcolor\n0.5\tsetlinewidth\n"
+        "stroke\n0\t0\t0\tsetrgbcolor\n0.1\tsetlinewidth\n"
+        "50\t200\tmoveto\n450\t200\tlineto\n50\t400\tlineto\nclosepath\nstroke\n"
+        // segment
+        "stroke\n1\t0.4\t0.7\tsetrgbcolor\n0.1\tsetlinewidth\n50\t200\tmoveto\n450\t200\tlineto\n"
+        // point, and the circle in the same colour
+        "stroke\n0\t0\t1\tsetrgbcolor\n2\tsetlinewidth\n"
+        "526\t196\tmoveto\n534\t204\tlineto\n526\t204\tmoveto\n534\t196\tlineto\n"
+        "200\t300\tmoveto\n150\t300\t50\t0\t360\tarc\ngsave\n  fill\ngrestore\nstroke\n"
+        // label with its mark
+        "stroke\n0\t0\t0\tsetrgbcolor\n0.1\tsetlinewidth\n"
+        "/Arial findfont 10 scalefont\n setfont\n150\t300\tmoveto\n(two)\tshow\n150\t290\tmoveto\n(lines)\tshow\n"
+        "stroke\n148.5\t298.5\tmoveto\n151.5\t301.5\tlineto\n148.5\t301.5\tmoveto\n151.5\t298.5\tlineto\n"
+        "stroke\nshowpage\n%%Trailer\n");
+}
+
+TEST(Visualizer2Test, EverythingLiesOnThePageAtEveryMagnitude)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    const std::uint64_t seed = 3;
+    std::mt19937_64 random(seed);
+    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+    const double highest = std::numeric_limits<double>::max();
+    for (const double magnitude : {5e-324, 1e-310, 1e-5, 1.0, 1e9, 1e305, highest}) {
+        for (const double offset : {0.0, 1e17}) {
+            if (magnitude == highest && offset != 0.0) continue;
+            SCOPED_TRACE(std::to_string(std::log10(magnitude)) + " " + std::to_string(offset));
+            auto any = [&] { return Point2(offset + magnitude * uniform(random), magnitude * uniform(random), 0.0); };
+            Visualizer2 vis("p.ps");
+            for (int i = 0; i < 50; ++i) vis.addObject(Segment2(any(), any()), Color());
+            vis.addObject(Segment2(any(), Point2(offset + magnitude, -magnitude, 0.0)), Color());
+            vis.addObject(Segment2(any(), Point2(offset - magnitude, magnitude, 0.0)), Color());
+            vis.writeFile();
+            double low = 1e9;
+            double high = 0.0;
+            const auto vVertices = verticesOf(bodyOf(readFile("p.ps")));
+            ASSERT_EQ(vVertices.size(), 104U);
+            for (const auto& [x, y] : vVertices) {
+                EXPECT_TRUE(x >= 50.0 && x <= 530.0 && y >= 200.0 && y <= 680.0) << x << " " << y;
+                low = std::min(low, x);
+                high = std::max(high, x);
+            }
+            EXPECT_TRUE(offset != 0.0 || high - low == 480.0) << low << " " << high;
+        }
+    }
+}
+
+TEST(Visualizer2Test, DegenerateBoxesGrowToBothSides)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    for (const Point2& p : {Point2(3, 5, 0), Point2(-1e17, 1e300, 0), Point2()}) {
+        Visualizer2 vis("p.ps");
+        vis.addObject(p, Color());
+        vis.writeFile();
+        const auto v = verticesOf(bodyOf(readFile("p.ps")));
+        ASSERT_EQ(v.size(), 4U);
+        for (const auto& [x, y] : v) EXPECT_TRUE(std::isfinite(x + y) && x >= 48 && x <= 532 && y >= 198 && y <= 682);
+        EXPECT_TRUE(p.x() != 3 || v[0] == std::make_pair(288.5, 438.5));
+    }
+    Visualizer2("empty.ps").writeFile();
+    EXPECT_NE(readFile("empty.ps").find("(x-Range: [-1 - 1] =2)"), std::string::npos);
+
+    const auto rangeWithLabel = [](std::size_t length) {
+        Visualizer2 vis("l.ps");
+        vis.addObject(Segment2(Point2(0, 0, 0), Point2(10, 10, 0)), Color());
+        vis.addObject(Label(Point2(10, 10, 0), std::string(length, 'x').c_str(), false, 8), Color());
+        vis.writeFile();
+        const std::string page = readFile("l.ps");
+        const std::size_t begin = page.find("(x-Range");
+        return page.substr(begin, page.find('\n', begin) - begin);
+    };
+    EXPECT_EQ(rangeWithLabel(30), rangeWithLabel(20)); // longer texts make no more room
+    EXPECT_NE(rangeWithLabel(20), rangeWithLabel(19));
+}
+
+TEST(Visualizer2Test, UndrawableObjectsAreLeftOutWithOneWarning)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    const double nan = std::nan("");
+    const double inf = HUGE_VAL;
+    auto pCorner = std::make_unique<Point2>(0, 0, nan);
+    Point2 b(4, 0, nan); // heights don't count
+    Point2 c(0, 4, 0);
+    Triangle2 t = makeTriangle(*pCorner, b, c);
+    Triangle2 dead;
+    {
+        Visualizer2 vis("p.ps");
+        vis.addObject(std::vector<Triangle2*>{&t, nullptr, &dead}, Color());
+        vis.addObject(std::vector<Triangle2>{t, dead}, Color());
+        vis.addObject(std::vector<Edge2>{Edge2(&t, 0), Edge2(&dead, 1), Edge2(nullptr, 0)}, Color());
+        vis.addObject(std::vector<Point2*>{&b, nullptr}, Color());
+        vis.addObject(std::vector<Point2>{Point2(nan, 0, 0), Point2(0, inf, 0), c}, Color());
+        vis.addObject(std::vector<Segment2>{Segment2(b, c), Segment2(b, Point2(0, -inf, 0))}, Color());
+        vis.addObject(Circle2(0, 0, -1), Color());
+        vis.addObject(Circle2(1e308, 0, inf), Color());
+        vis.addObject(Label(Point2(nan, 0, 0), "l", true, 8), Color());
+        vis.addObject(b, Color(0, nan, 0, 1, false));
+        vis.addObject(Label(b, nullptr, true, 0), Color()); // drawable: only the mark
+        pCorner.reset();                                    // what was added need not live
+        EXPECT_EQ(count(out.take(), "\n"), 1U);
+        vis.writeFile();
+    }
+    const std::string text = out.take();
+    EXPECT_EQ(count(text, "WARNING"), 1U);
+    EXPECT_NE(text.find(": 13 objects"), std::string::npos) << text;
+    const std::string page = readFile("p.ps");
+    EXPECT_EQ(count(page, "nan") + count(page, "inf"), 0U) << page;
+    EXPECT_EQ(count(page, "closepath"), 2U);
+    EXPECT_EQ(verticesOf(bodyOf(page)).size(), 2U * 3 + 2 + 2 * 4 + 2 + 4);
+}
+
+TEST(Visualizer2Test, LongPathsAreBrokenUp)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    Visualizer2 vis("p.ps");
+    vis.addObject(std::vector<Segment2>(93, Segment2(Point2(0, 0, 0), Point2(1, 1, 0))), Color());
+    vis.writeFile();
+    EXPECT_EQ(count(readFile("p.ps"), "stroke\n"), 3U + 1U); // after 31, 62 and 93 objects, and at the end
+}
+
+TEST(Visualizer2Test, TextsCannotBreakThePage)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    const std::string filename = "a(b)\n\\c\xc3\xa4.ps";
+    Visualizer2 vis(filename.c_str());
+    vis.addHeaderLine(("(" + std::string(129, 'x')).c_str());
+    vis.addHeaderLine("\x01) showpage (");
+    vis.addObject(Label(Point2(0, 0, 0), "a)\n\n(\\", false, 8), Color());
+    vis.writeFile();
+    const std::string page = readFile(filename);
+    EXPECT_NE(page.find("%%Title: a(b)\\012\\c\xc3\xa4.ps\n"), std::string::npos);
+    EXPECT_NE(page.find("(a\\(b\\)\\012\\\\c\\303\\244.ps)\tshow"), std::string::npos);
+    EXPECT_NE(page.find("(\\(" + std::string(119, 'x') + ")\tshow"), std::string::npos); // cut to 120
+    EXPECT_NE(page.find("findfont 4.16667 scalefont"), std::string::npos);
+    EXPECT_NE(page.find("(\\001\\) showpage \\()\tshow"), std::string::npos);
+    EXPECT_NE(page.find("(a\\))\tshow\n290\t432\tmoveto\n()\tshow\n290\t424\tmoveto\n(\\(\\\\)\tshow"),
+              std::string::npos)
+        << page;
+}
+
+TEST(Visualizer2Test, MisuseIsAnsweredAsDescribed)
+{
+    TempWorkDir dir;
+    CoutCapture out;
+    Visualizer2 vis("p.ps");
+    for (int i = 0; i < 10; ++i) vis.addHeaderLine("fits");
+    out.take();
+    vis.addHeaderLine("eleventh");
+    EXPECT_EQ(out.take(), "\n      [Lumo2D-Message] Visualizer2::addHeaderLine(), WARNING: skipping text "
+                          "[\"eleventh\"], maximum number of header lines reached\n\n");
+    vis.writeFile();
+    const std::string page = readFile("p.ps");
+    EXPECT_EQ(count(page, "(fits)"), 10U);
+    vis.writeFile();
+    EXPECT_EQ(out.take(), "\n      [Lumo2D-Message] Visualizer2::writeFile(), WARNING: No effect. File has already "
+                          "been closed\n\n");
+    EXPECT_THROW(vis.addObject(Point2(), Color()), LumoException);
+    EXPECT_THROW(vis.addObject(std::vector<Edge2>(), Color()), LumoException);
+    EXPECT_THROW(vis.addHeaderLine("late"), LumoException);
+    EXPECT_NE(out.take().find("Condition [ !bFileClosed failed ]"), std::string::npos);
+    EXPECT_EQ(readFile("p.ps"), page);
+
+    for (const char* pName : {".", "no/where.ps", "", static_cast<const char*>(nullptr), "/dev/full"}) {
+        const std::string name = pName == nullptr ? "" : pName;
+        Visualizer2 unwritable(pName);
+        unwritable.addObject(Point2(0, 0, 0), Color());
+        unwritable.writeFile();
+        EXPECT_EQ(out.take(), "Visualizer2:: Writing " + name + "\n" + name + " can't be written\n");
+    }
+}
+
+TEST(ColorTest, NamesComeInTurnAndUnknownOnesAreBlack)
+{
+    CoutCapture out;
+    Color::currentColorName = CCYAN;
+    for (int i = 0; i < 45; ++i) EXPECT_EQ(Color::getNextColorName(), i % 15);
+    EXPECT_EQ(out.take(), "");
+    Color::currentColorName = static_cast<Colorname>(-3);
+    EXPECT_EQ(Color::getNextColorName(), CBLACK);
+    EXPECT_NE(out.take().find("Color::getNextColorName(), WARNING: undefined color index, returning CBLACK"),
+              std::string::npos);
+    for (const int c : {-1, 17}) {
+        EXPECT_EQ(Color(static_cast<Colorname>(c), 0.1F, false), Color());
+        EXPECT_NE(out.take().find("Color::Color, WARNING: Colorname unknown, returning black"), std::string::npos);
+    }
+    // Each field decides when those before it are equal.
+    const Color aRising[] = {Color(0, 9, 9, 9, true), Color(1, 0, 9, 9, true),  Color(1, 1, 0, 9, true),
+                             Color(1, 1, 1, 0, true), Color(1, 1, 1, 1, false), Color(1, 1, 1, 1, true)};
+    for (int i = 0; i < 6; ++i) {
+        for (int j = 0; j < 6; ++j) {
+            EXPECT_EQ(aRising[i] < aRising[j], i < j);
+            EXPECT_EQ(aRising[i] == aRising[j], i == j);
+        }
+    }
+}
+
+} // namespace ORBI_LUMO25D
