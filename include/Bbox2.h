@@ -20,9 +20,11 @@ class OrbiTest;
 class LUMO25D_API Bbox2
 {
 public:
-    /// An invalid box. pOrbiTest_ is for the library's own use: the predicates that are told when the box is doubled
-    /// or enlarged. It must outlive the box and its copies.
-    explicit Bbox2(OrbiTest* pOrbiTest_ = nullptr) : pOrbiTest(pOrbiTest_) {}
+    /// An invalid box.
+    Bbox2() = default;
+    /// The same, for the library's own use: the predicates are told when the box is doubled or enlarged. They must
+    /// outlive the box and its copies. May be NULL.
+    explicit Bbox2(OrbiTest* pOrbiTest_) : pOrbiTest(pOrbiTest_) {}
 
     /// True when anything has been set in x: a point, or the lower bound of x alone.
     bool isValid() const { return minX < std::numeric_limits<double>::max(); }
@@ -140,7 +142,7 @@ private:
     double maxX = std::numeric_limits<double>::lowest();
     double maxY = std::numeric_limits<double>::lowest();
     bool bValid = false;
-    OrbiTest* pOrbiTest;
+    OrbiTest* pOrbiTest = nullptr;
 };
 
 } // namespace ORBI_LUMO25D

@@ -1,0 +1,128 @@
+#include "TriangleAroundVertexIterator.h"
+
+#include "Edge2.h"
+#include "LumoException.h"
+#include "Vector2.h"
+#include "VertexPair2.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <vector>
+
+using namespace ORBI_LUMO25D;
+
+namespace
+{
+
+/// Triangles around the origin, counterclockwise; closed, or open with the gap before the first one.
+struct Fan
+{
+    Point2 center{0, 0, 0};
+    std::vector<Point2> vRim;
+    std::vector<Triangle2> vTriangles;
+
+    Fan(std::size_t numTriangles, bool bClosed) : vRim(numTriangles + (bClosed ? 0U : 1U)), vTriangles(numTriangles)
+    {
+        for (std::size_t i = 0; i < vRim.size(); ++i) {
+            const double angle = 6.28 * static_cast<double>(i) / static_cast<double>(numTriangles + 1);
+            vRim[i].setCoords(std::cos(angle), std::sin(angle), angle);
+        }
+        for (std::size_t i = 0; i < numTriangles; ++i) {
+            Point2* aCorners[3] = {&center, &vRim[i], &vRim[(i + 1) % vRim.size()]};
+            std::rotate(aCorners, aCorners + i % 3, aCorners + 3); // the centre takes every index in turn
+            vTriangles[i].setProperties(aCorners[0], aCorners[1], aCorners[2]);
+        }
+        for (std::size_t i = 0; i + (bClosed ? 0U : 1U) < numTriangles; ++i) {
+            Triangle2& next = vTriangles[(i + 1) % numTriangles];
+            const Point2* pShared = &vRim[(i + 1) % vRim.size()];
+            vTriangles[i].setOppTriangle(vTriangles[i].getIntraTriangleIndex(&center, pShared), &next);
+            next.setOppTriangle(next.getIntraTriangleIndex(&center, pShared), &vTriangles[i]);
+        }
+    }
+};
+
+} // namespace
+
+TEST(TriangleAroundVertexIterator, OneRoundMeetsEachTriangleOnceAndOneGapAtTheHull)
+{
+    for (std::size_t n = 1; n <= 14; ++n) {
+        const bool bClosed = n > 7;
+        Fan fan(bClosed ? n - 5 : n, bClosed);
+        std::vector<Triangle2*> vCircle; // the triangles in order and, at the hull, NULL
+        for (Triangle2& t : fan.vTriangles) vCircle.push_back(&t);
+        if (!bClosed) vCircle.push_back(nullptr);
+        const std::size_t size = vCircle.size();
+        for (std::size_t start = 0; start < fan.vTriangles.size(); ++start) {
+            SCOPED_TRACE(testing::Message() << "size " << size << ", closed " << bClosed << ", start " << start);
+            const TriangleAroundVertexIterator itStart(&fan.center, vCircle[start]);
+            TriangleAroundVertexIterator forward(itStart);
+            TriangleAroundVertexIterator backward(itStart);
+            for (std::size_t step = 1; step <= 2 * size; ++step) {
+                Triangle2* pNext = vCircle[(start + step) % size];
+                EXPECT_EQ(forward.previewNextTriangle(), pNext);
+                EXPECT_EQ(*++forward, pNext);
+                Triangle2* pPrev = vCircle[(start + 2 * size - step) % size];
+                EXPECT_EQ(backward.previewPrevTriangle(), pPrev);
+                EXPECT_EQ(*--backward, pPrev);
+                EXPECT_EQ(forward == itStart, step % size == 0);
+            }
+        }
+    }
+}
+
+TEST(TriangleAroundVertexIterator, ABrokenStartIsAFailedCondition)
+{
+    Fan fan(3, true);
+    const Point2 lonely(1, 1, 1);
+    EXPECT_THROW(TriangleAroundVertexIterator it(&lonely), LumoException);
+    EXPECT_THROW(TriangleAroundVertexIterator it(&fan.center, nullptr), LumoException);
+    TriangleAroundVertexIterator stranger(&lonely, &fan.vTriangles[0]);
+    EXPECT_THROW(++stranger, LumoException);
+    EXPECT_THROW(--stranger, LumoException);
+}
+
+TEST(Edge2, KeepsItsTriangleOnTheLeftAndFindsTheOtherSide)
+{
+    Fan fan(3, false);
+    for (Triangle2& t : fan.vTriangles) {
+        for (int i = 0; i < 3; ++i) {
+            const Edge2 edge(&t, i);
+            const Vector2 v = *edge.getTrg() - *edge.getSrc();
+            const Vector2 w = *t.getCorner(i) - *edge.getSrc();
+            EXPECT_GT(v.x() * w.y() - v.y() * w.x(), 0.0) << "the triangle must lie on the left";
+            EXPECT_DOUBLE_EQ(edge.getLength2D(), v.x() * v.x() + v.y() * v.y()) << "squared, in spite of its name";
+            EXPECT_DOUBLE_EQ(edge.getLength25D(), v.sqLength());
+            EXPECT_DOUBLE_EQ(VertexPair2(edge.getSrc(), edge.getTrg()).getSqLen25D(), v.sqLength());
+
+            Triangle2* pT0 = nullptr;
+            Triangle2* pT1 = nullptr;
+            int idx0 = 7;
+            int idx1 = 7;
+            edge.getTriangles(pT0, pT1, idx0, idx1);
+            EXPECT_EQ(Edge2(pT0, idx0), edge);
+            EXPECT_EQ(pT1, t.getOppositeTriangle(i));
+            EXPECT_EQ(idx1 == -1, pT1 == nullptr);
+            if (pT1 == nullptr) continue;
+            const Edge2 otherSide(pT1, idx1);
+            EXPECT_TRUE(otherSide.getSrc() == edge.getTrg() && otherSide.getTrg() == edge.getSrc());
+            EXPECT_NE(otherSide, edge);
+            EXPECT_NE(otherSide < edge, edge < otherSide);
+        }
+    }
+}
+
+TEST(VertexPair2, BothDirectionsMakeOneKey)
+{
+    std::vector<Point2> vPoints(5);
+    std::set<VertexPair2> sPairs;
+    for (Point2& p : vPoints) {
+        for (Point2& q : vPoints) {
+            EXPECT_EQ(VertexPair2(&p, &q), VertexPair2(&q, &p));
+            sPairs.insert(VertexPair2(&p, &q));
+        }
+    }
+    EXPECT_EQ(sPairs.size(), 15U);
+}
