@@ -31,19 +31,13 @@ const char* skipDigits(const char* p, const char* end)
 }
 
 /// The end of what an input stream would collect for a number: sign, digits, point, digits, exponent. What it collects
-/// need not be a number ("1e").
+/// need not be a number ("1e", ".").
 const char* endOfNumber(const char* p, const char* end)
 {
     if (p != end && (*p == '+' || *p == '-')) ++p;
-    const char* const pDigits = p;
     p = skipDigits(p, end);
-    bool bDigits = p != pDigits;
-    if (p != end && *p == '.') {
-        const char* const pFraction = ++p;
-        p = skipDigits(p, end);
-        bDigits = bDigits || p != pFraction;
-    }
-    if (bDigits && p != end && (*p == 'e' || *p == 'E')) {
+    if (p != end && *p == '.') p = skipDigits(p + 1, end);
+    if (p != end && (*p == 'e' || *p == 'E')) {
         ++p;
         if (p != end && (*p == '+' || *p == '-')) ++p;
         p = skipDigits(p, end);

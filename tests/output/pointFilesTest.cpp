@@ -8,7 +8,6 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
-#include <locale>
 #include <random>
 
 namespace ORBI_LUMO25D
@@ -243,18 +242,11 @@ TEST(PointFilesTest, TextIsReadAsNumbersWhateverItsLines)
 
 TEST(PointFilesTest, GlobalLocaleChangesNoFile)
 {
-    struct Comma : std::numpunct<char>
-    {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
     TempWorkDir dir;
-    const std::locale old = std::locale::global(std::locale(std::locale::classic(), new Comma));
+    const lumo_test::CommaLocale commas;
     std::vector<Point2> vPoints;
     writePointsASCII("t", std::vector<Point2>{{1234567.5, 1e-310, -2.25}});
     readXYZ("t", vPoints);
-    std::locale::global(old);
     EXPECT_EQ(readFile("t").substr(0, 10), "1234567.5 ");
     EXPECT_EQ(coordsOf(vPoints), (std::vector<double>{1234567.5, 1e-310, -2.25}));
 }

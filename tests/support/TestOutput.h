@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <locale>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -58,6 +59,25 @@ public:
 private:
     std::filesystem::path old;
     std::filesystem::path dir;
+};
+
+/// A global locale with decimal commas and grouped digits, for its lifetime.
+class CommaLocale
+{
+public:
+    CommaLocale() : old(std::locale::global(std::locale(std::locale::classic(), new Comma))) {}
+    CommaLocale(const CommaLocale&) = delete;
+    CommaLocale& operator=(const CommaLocale&) = delete;
+    ~CommaLocale() { std::locale::global(old); }
+
+private:
+    struct Comma : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::locale old;
 };
 
 inline std::string readFile(const std::string& filename)
