@@ -66,7 +66,7 @@ public:
     OrbiTest& operator=(const OrbiTest&) = delete;
 
     /// Makes the static filter valid for coordinates up to maxCoord in size and, as a margin, tenfold. The range only
-    /// ever grows. A negative value or NaN is a failed condition, unless it lies below the present range.
+    /// ever grows, and smaller values change nothing. NaN is a failed condition.
     void setStaticBound_MT(double maxCoord);
     /// The same for the coordinates of the given points, if they are out of range.
     void ensureStaticBound(const Point2* p)
@@ -145,8 +145,9 @@ public:
     /// negative, else 0. Neither filtered nor exact.
     Orientation2 getOrientation3(const Point2* p1, const Point2* p2, const Point2* p3, const Point2* p4) const;
 
-    /// Height over (x, y) of the plane through three points, computed exactly, then truncated toward zero, once. Points
-    /// on one line in the plane: a failed condition. For any thread; calls wait for each other.
+    /// Height over (x, y) of the plane through three points, computed exactly, then truncated toward zero, once;
+    /// infinite beyond the doubles. Points on one line in the plane: a failed condition. For any thread; calls wait for
+    /// each other.
     static double getPlaneHeightExact(const Point2* p0, const Point2* p1, const Point2* p2, double x, double y);
     /// The same over a segment, by the axis in which it is longer. A segment without length in the plane is a failed
     /// condition.

@@ -7,31 +7,37 @@
 
 /// The floating-point filters of the predicates: a value, and a bound that its error can't reach.
 ///
-/// After Shewchuk, "Adaptive precision floating-point arithmetic and fast robust geometric predicates" (1997), with two
-/// changes. The unit roundoff is taken as u = 2^-52 instead of 2^-53, so that the bounds hold in every rounding mode
-/// that the caller may have set, not in round-to-nearest alone. And underflow is counted: a difference of doubles is
+/// After Shewchuk, "Adaptive precision floating-point arithmetic and fast robust geometric predicates" (1997), with
+/// three changes. The unit roundoff is taken as u = 2^-52 instead of 2^-53, so that the bounds hold in every rounding
+/// mode that the caller may have set, not in round-to-nearest alone. Underflow is counted: a difference of doubles is
 /// either exact or has a relative error (it never loses bits to underflow), but each product may be off by up to
-/// h = 2^-1074, absolutely. Overflow ends in a bound that is infinite or no number, which no value exceeds; so compare
-/// as value > bound and value < -bound, and never the other way round. Only flush-to-zero modes of the processor are
-/// not covered; they make denormal coordinates and differences vanish before any filter sees them.
+/// h = 2^-1074, absolutely. And where overflow can't be excluded the bound is infinite: in some modes an overflow ends
+/// in the largest double, which is seen by nothing that comes after. A value compared as value > bound or
+/// value < -bound is never believed then, nor when it is no number. Only flush-to-zero modes of the processor are not
+/// covered; they make denormal coordinates and differences vanish before any filter sees them.
 namespace ORBI_LUMO25D::filters
 {
 
-/// The determinant D = left - right of an orientation test.
+/// The determinant D of an orientation test, from differences to p2.
 struct OrientationValue
 {
-    double left;  ///< (x0 - x2)(y1 - y2)
-    double right; ///< (y0 - y2)(x1 - x2)
-    double det() const { return left - right; }
-    /// |det()| above this has the true sign. left and right consist of three rounded operations each, and the last
-    /// subtraction doesn't change the sign: (3 + 16u)u(|left| + |right|) + 2h, and 3u = 6.661e-16.
-    double bound() const { return 6.7e-16 * (std::fabs(left) + std::fabs(right)) + 0x1p-1000; }
+    double dx0, dy0, dx1, dy1;
+
+    double det() const { return dx0 * dy1 - dy0 * dx1; }
+    /// |det()| above this has the true sign. Both products consist of three rounded operations each, and the last
+    /// subtraction doesn't change the sign: (3 + 16u)u times the sum of their sizes, and 2h; 3u = 6.661e-16.
+    double bound() const
+    {
+        const double span = (std::fabs(dx0) + std::fabs(dy0)) + (std::fabs(dx1) + std::fabs(dy1));
+        const double size = std::fabs(dx0 * dy1) + std::fabs(dy0 * dx1);
+        return span < 0x1p510 ? 6.7e-16 * size + 0x1p-1000 : HUGE_VAL;
+    }
 };
 
 inline OrientationValue orientation(const Point2* p0, const Point2* p1, const Point2* p2)
 {
     const double x2 = p2->x(), y2 = p2->y();
-    return {(p0->x() - x2) * (p1->y() - y2), (p0->y() - y2) * (p1->x() - x2)};
+    return {p0->x() - x2, p0->y() - y2, p1->x() - x2, p1->y() - y2};
 }
 
 /// Bound of det() for points whose coordinates are at most m in size, given f * m * m as a filter without range margin
@@ -46,24 +52,32 @@ inline double orientationBoundFor(double m, double staticBound)
 /// Each of its monomials goes through ten rounded operations before the last addition, which doesn't change the sign
 /// of the sum. With P the permanent, the rounding error is below (10 + 170u)u P, P as computed; 10u = 2.2204e-15.
 /// Underflow adds at most 4h(lifts' sum) + 2h(minors' sum) + 4h, and each minor is at most the sum of two lifts, so
-/// together less than 2^-1070 (lifts' sum + 1); guard() is far above.
+/// together less than 2^-1070 (lifts' sum + 1). The bounds have, or demand, 2^-1000 (lifts' sum + 1).
 struct InCircleValue
 {
     double bXc, cXb, cXa, aXc, aXb, bXa; ///< bXc = bdx * cdy and so on
     double aLift, bLift, cLift;          ///< squared distances from q
 
     double det() const { return ((bXc - cXb) * aLift + (cXa - aXc) * bLift) + (aXb - bXa) * cLift; }
-    double guard() const { return 0x1p-1000 * (aLift + bLift + cLift) + 0x1p-1000; }
 
     /// The cheap bound, by the lifts alone: |bdx cdy| + |cdx bdy| <= sqrt(bLift cLift) by Cauchy and Schwarz, and with
     /// X, Y, Z the square roots of the three products of two lifts, P <= XY + YZ + ZX <= X^2 + Y^2 + Z^2.
-    double liftBound() const { return 2.25e-15 * (aLift * bLift + (aLift + bLift) * cLift) + guard(); }
+    double liftBound() const
+    {
+        const double abLift = aLift + bLift;
+        const double sum = abLift + cLift;
+        return sum < 0x1p500 ? 2.25e-15 * (aLift * bLift + abLift * cLift) + (0x1p-1000 * sum + 0x1p-1000) : HUGE_VAL;
+    }
 
-    /// The bound B of the approximate mode: 30 times 2^-53 P, of which 20 are needed in the worst rounding mode.
+    /// The bound B of the approximate mode: 30 times 2^-53 P, of which 20 are needed in the worst rounding mode. The
+    /// rest is for underflow, where B is well above what that can do; otherwise infinite.
     double permanentBound() const
     {
-        return 3.33e-15 * (((std::fabs(bXc) + std::fabs(cXb)) * aLift + (std::fabs(cXa) + std::fabs(aXc)) * bLift) +
-                           (std::fabs(aXb) + std::fabs(bXa)) * cLift);
+        const double bound =
+            3.33e-15 * (((std::fabs(bXc) + std::fabs(cXb)) * aLift + (std::fabs(cXa) + std::fabs(aXc)) * bLift) +
+                        (std::fabs(aXb) + std::fabs(bXa)) * cLift);
+        const double sum = (aLift + bLift) + cLift;
+        return sum < 0x1p500 && bound > 0x1p-1000 * sum + 0x1p-1000 ? bound : HUGE_VAL;
     }
 };
 
