@@ -176,6 +176,7 @@ TEST(Bbox2, GrowthLosesNoPointAndStaysFinite)
                 Bbox2 enlarged = box;
                 enlarged.enlargeRanges(factor);
                 EXPECT_TRUE(factor >= 0 && factor < 1 ? contains(box, enlarged) : contains(enlarged, box)) << factor;
+                EXPECT_TRUE(enlarged.getRangeX() >= 0 && enlarged.getRangeY() >= 0) << factor;
                 EXPECT_TRUE((factor >= 0 && factor < INF) || contains(box, enlarged)) << "a bad factor changes nothing";
             }
             testing::internal::GetCapturedStdout();

@@ -32,7 +32,7 @@ struct Fan
         }
         for (std::size_t i = 0; i < numTriangles; ++i) {
             Point2* aCorners[3] = {&center, &vRim[i], &vRim[(i + 1) % vRim.size()]};
-            std::rotate(aCorners, aCorners + i % 3, aCorners + 3); // the centre takes every index in turn
+            std::rotate(aCorners, aCorners + 2 * i % 3, aCorners + 3); // the centre takes every index in turn
             vTriangles[i].setProperties(aCorners[0], aCorners[1], aCorners[2]);
         }
         for (std::size_t i = 0; i + (bClosed ? 0U : 1U) < numTriangles; ++i) {
