@@ -41,33 +41,29 @@ TEST(Bbox2, AddTellsWhetherABoundChanged)
     Bbox2 box;
     EXPECT_FALSE(box.isValid());
     std::vector<Point2> vPoints;
-    std::vector<const Point2*> vPointers;
-    std::vector<double> vX;
-    std::vector<double> vY;
     std::vector<double> vCoords;
-    vPoints.reserve(100);
-    for (std::size_t i = 0; i < 100; ++i) {
+    double minX = INF, minY = INF, maxX = -INF, maxY = -INF;
+    for (std::size_t i = 1; i <= 100; ++i) {
         // Few values, so that points meet bounds; the range of values grows.
-        vX.push_back(static_cast<double>(random.index(i + 1)) - static_cast<double>(i) / 2);
-        vY.push_back(static_cast<double>(random.index(i + 1)) * 2);
-        vPoints.emplace_back(vX[i], vY[i], 99);
-        vPointers.push_back(&vPoints[i]);
-        vCoords.insert(vCoords.end(), {vX[i], vY[i], 99});
-        const bool bInside = box.isInBox(vPoints[i]);
-        EXPECT_EQ(box.add(vPoints[i]), !bInside) << "seed 31, point " << i;
+        const Point2 p(static_cast<double>(random.index(i)) - 20, 2 * static_cast<double>(random.index(i)), 99);
+        minX = std::min(minX, p.x());
+        minY = std::min(minY, p.y());
+        maxX = std::max(maxX, p.x());
+        maxY = std::max(maxY, p.y());
+        vPoints.push_back(p);
+        vCoords.insert(vCoords.end(), {p.x(), p.y(), p.z()});
+        const bool bInside = box.isInBox(p);
+        EXPECT_EQ(box.add(p), !bInside) << "seed 31, point " << i;
         Bbox2 aBoxes[4] = {box};
-        EXPECT_TRUE(aBoxes[1].add(vPoints.begin(), vPoints.end()));
+        std::vector<Point2*> vPointers;
+        for (Point2& point : vPoints) vPointers.push_back(&point);
+        EXPECT_TRUE(aBoxes[1].add(vPoints.begin(), vPoints.end()) && aBoxes[3].add(i, vCoords.data()));
         EXPECT_TRUE(aBoxes[2].add(vPointers.begin(), vPointers.end()));
-        EXPECT_TRUE(aBoxes[3].add(vPoints.size(), vCoords.data()));
         for (Bbox2& other : aBoxes) {
-            double a[4] = {};
-            other.getBounds(a[0], a[1], a[2], a[3]);
-            EXPECT_EQ(a[0], *std::min_element(vX.begin(), vX.end()));
-            EXPECT_EQ(a[1], *std::min_element(vY.begin(), vY.end()));
-            EXPECT_EQ(a[2], *std::max_element(vX.begin(), vX.end()));
-            EXPECT_EQ(a[3], *std::max_element(vY.begin(), vY.end()));
-            EXPECT_TRUE(other.getMinCoord() == std::min(a[0], a[1]) && other.getMaxCoord() == std::max(a[2], a[3]));
-            EXPECT_EQ(other.getMaxRange(), std::max(a[2] - a[0], a[3] - a[1]));
+            EXPECT_EQ(other.getMinPoint(), Point2(minX, minY, 0));
+            EXPECT_EQ(other.getMaxPoint(), Point2(maxX, maxY, 0));
+            EXPECT_TRUE(other.getMinCoord() == std::min(minX, minY) && other.getMaxCoord() == std::max(maxX, maxY));
+            EXPECT_EQ(other.getMaxRange(), std::max(maxX - minX, maxY - minY));
             EXPECT_FALSE(other.add(vPoints.begin(), vPoints.end()) || other.add(0, nullptr));
         }
     }

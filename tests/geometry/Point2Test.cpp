@@ -37,13 +37,11 @@ TEST(Point2, CopiesArePlainPointsWithTheCustomIndex)
     Point2 vertex(1, 2, 3);
     vertex.setIncidentTriangle(&t);
     vertex.setCustomIndex(7);
-    Point2 assigned;
+    Point2 assigned(vertex);
     assigned.setIncidentTriangle(&t);
     assigned = vertex;
     for (const Point2& copy : {Point2(vertex), assigned}) {
-        EXPECT_EQ(copy.getIncidentTriangle(), nullptr);
-        EXPECT_EQ(copy.getCustomIndex(), 7);
-        EXPECT_TRUE(copy.samePoint(vertex));
+        EXPECT_TRUE(copy.samePoint(vertex) && copy.getCustomIndex() == 7 && copy.getIncidentTriangle() == nullptr);
     }
     vertex.setCoords(4, 5, 6);
     vertex.setHeight(9);

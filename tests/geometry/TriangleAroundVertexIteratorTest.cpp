@@ -87,6 +87,7 @@ TEST(TriangleAroundVertexIterator, ABrokenStartIsAFailedCondition)
 TEST(Edge2, KeepsItsTriangleOnTheLeftAndFindsTheOtherSide)
 {
     Fan fan(3, false);
+    std::set<VertexPair2> sPairs;
     for (Triangle2& t : fan.vTriangles) {
         for (int i = 0; i < 3; ++i) {
             const Edge2 edge(&t, i);
@@ -95,7 +96,7 @@ TEST(Edge2, KeepsItsTriangleOnTheLeftAndFindsTheOtherSide)
             EXPECT_GT(v.x() * w.y() - v.y() * w.x(), 0.0) << "the triangle must lie on the left";
             EXPECT_DOUBLE_EQ(edge.getLength2D(), v.x() * v.x() + v.y() * v.y()) << "squared, in spite of its name";
             EXPECT_DOUBLE_EQ(edge.getLength25D(), v.sqLength());
-            EXPECT_DOUBLE_EQ(VertexPair2(edge.getSrc(), edge.getTrg()).getSqLen25D(), v.sqLength());
+            sPairs.insert(VertexPair2(edge.getSrc(), edge.getTrg()));
 
             Triangle2* pT0 = nullptr;
             Triangle2* pT1 = nullptr;
@@ -112,17 +113,5 @@ TEST(Edge2, KeepsItsTriangleOnTheLeftAndFindsTheOtherSide)
             EXPECT_NE(otherSide < edge, edge < otherSide);
         }
     }
-}
-
-TEST(VertexPair2, BothDirectionsMakeOneKey)
-{
-    std::vector<Point2> vPoints(5);
-    std::set<VertexPair2> sPairs;
-    for (Point2& p : vPoints) {
-        for (Point2& q : vPoints) {
-            EXPECT_EQ(VertexPair2(&p, &q), VertexPair2(&q, &p));
-            sPairs.insert(VertexPair2(&p, &q));
-        }
-    }
-    EXPECT_EQ(sPairs.size(), 15U);
+    EXPECT_EQ(sPairs.size(), 7U) << "both sides of an edge make one key";
 }
