@@ -151,7 +151,7 @@ Color reliefColor(const Triangle2& t, double minZ, double maxZ)
     return Color(rgb[0], rgb[1], rgb[2], 0.0, true);
 }
 
-void drawRelief(const Lumo_2D& lumo, const std::string& filename)
+void addRelief(const Lumo_2D& lumo, Visualizer2& visualizer)
 {
     std::vector<Triangle2*> vTriangles;
     lumo.getTrianglePointers(vTriangles);
@@ -161,13 +161,18 @@ void drawRelief(const Lumo_2D& lumo, const std::string& filename)
         minZ = std::min(minZ, pT->getBarycenter().z());
         maxZ = std::max(maxZ, pT->getBarycenter().z());
     }
+    for (const Triangle2* pT : vTriangles) visualizer.addObject(*pT, reliefColor(*pT, minZ, maxZ));
+}
+
+void drawRelief(const Lumo_2D& lumo, const std::string& filename)
+{
     Visualizer2 visualizer(filename.c_str());
     visualizer.addHeaderLine("Every triangle, tinted by its height and lit from the north-west");
-    for (const Triangle2* pT : vTriangles) visualizer.addObject(*pT, reliefColor(*pT, minZ, maxZ));
+    addRelief(lumo, visualizer);
     visualizer.writeFile();
 }
 
-/// The edges around the highest point: of the whole surface one would see nothing but ink.
+/// The mesh around the highest point, with its edges: of the whole surface one would see nothing but ink.
 void drawDetail(const std::vector<Point2>& vPoints, double halfWidth, const std::string& filename)
 {
     const auto lower = [](const Point2& a, const Point2& b) { return a.z() < b.z(); };
@@ -178,7 +183,11 @@ void drawDetail(const std::vector<Point2>& vPoints, double halfWidth, const std:
     }
     Lumo_2D detail;
     detail.insert(vNear);
-    detail.show(filename);
+    Visualizer2 visualizer(filename.c_str());
+    addRelief(detail, visualizer);
+    detail.show(&visualizer);
+    visualizer.addObject(Label(summit, "summit", true, 14), Color(CBLACK, 1.0F, false));
+    visualizer.writeFile();
 }
 
 /// Writes the vertices in both file forms and reads them back.
@@ -221,7 +230,7 @@ int run(const std::string& filename, const std::string& directory)
     std::printf("\n");
 
     drawRelief(lumo, directory + "/relief.ps");
-    drawDetail(vPoints, 1200.0, directory + "/triangulation.ps");
+    drawDetail(vPoints, 1600.0, directory + "/triangulation.ps");
     if (!writeAndReadBack(lumo, directory)) return std::printf("the points did not come back from their files\n"), 1;
     std::printf("Points written as text and binary, read back, and the same.\n");
     return 0;

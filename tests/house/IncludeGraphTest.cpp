@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <fstream>
 
 namespace fs = std::filesystem;
@@ -35,6 +37,10 @@ public:
         write("dt2Library/engine/Dt2.cpp", "#include \"engine/Dt2.h\"\n#include \"aside/Aside.h\"\n");
     }
 
+    ~SmallHouse() { fs::remove_all(root); }
+    SmallHouse(const SmallHouse&) = delete;
+    SmallHouse& operator=(const SmallHouse&) = delete;
+
     void write(const std::string& path, const std::string& content)
     {
         fs::create_directories((root / path).parent_path());
@@ -43,7 +49,8 @@ public:
     std::string check() const { return joined(IncludeGraph(root).check()); }
 
 private:
-    const fs::path root = fs::absolute("small_house");
+    // Tests run side by side, each in a process of its own.
+    const fs::path root = fs::temp_directory_path() / ("lumo25d_small_house_" + std::to_string(::getpid()));
 };
 
 } // namespace

@@ -13,7 +13,7 @@ complain() {
 }
 
 # Declarations marked for export, one a line, without comments.
-declarations=$(cat "$include_dir"/*.h | sed 's://.*$::' | tr '\n' ' ' | grep -oE 'LUMO25D_API [^;{]*[;{]')
+declarations=$(cat "$include_dir"/*.h | sed -e "s://.*$::" -e "/^ *#/d" | tr "\n" " " | grep -oE "LUMO25D_API [^;{]*[;{]")
 classes=$(cat "$include_dir"/*.h | grep -oE '(class|struct) LUMO25D_API [A-Za-z0-9_]+' | awk '{print $3}' | sort -u)
 functions=$(grep -F '(' <<<"$declarations" | sed -E 's/^([^(]*[ *&])(operator *[^ (]+|[A-Za-z0-9_]+) *\(.*$/\2/' | sort -u)
 
