@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -71,6 +72,20 @@ double residentNow()
 double residentPeak()
 {
     return statusBytes("VmHWM");
+}
+
+void settleMemory(std::size_t numBytes)
+{
+    void* const p = mmap(nullptr, numBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (p == MAP_FAILED) return;
+#if defined(MADV_HUGEPAGE)
+    madvise(p, numBytes, MADV_HUGEPAGE);
+#endif
+    volatile char* const pBytes = static_cast<char*>(p);
+    for (std::size_t i = 0; i < numBytes; i += 4096) {
+        pBytes[i] = 1;
+    }
+    munmap(p, numBytes);
 }
 
 Measurement inChild(const std::function<Measurement()>& f)

@@ -78,6 +78,10 @@ Measurement measureWork(Work&& work)
     return m;
 }
 
+/// Touches that much memory and gives it back at once. A virtual machine may have returned free memory to its host, and
+/// would spend more time on getting it again than the work takes; this way it has it at hand.
+void settleMemory(std::size_t numBytes);
+
 /// Runs f in a child process, so that no measurement inherits the heap of another, and returns what it measured. Ends
 /// the program with a message when the child fails.
 Measurement inChild(const std::function<Measurement()>& f);

@@ -35,7 +35,8 @@ struct Contestant
 struct Case
 {
     std::string name;
-    std::size_t numOperations;
+    std::size_t numPoints;     ///< of the triangulation
+    std::size_t numOperations; ///< what a time or an amount is divided by
     std::vector<Contestant> vContestants;
     bool bBuilds; ///< memory and destruction mean something
 };
@@ -86,6 +87,7 @@ bool runCase(const Case& c, int rounds)
     std::vector<std::vector<Measurement>> vvResults(c.vContestants.size());
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < c.vContestants.size(); ++i) {
+            settleMemory(500 * c.numPoints); // more than any of them takes
             vvResults[i].push_back(inChild(c.vContestants[i].measure));
         }
     }
@@ -114,7 +116,7 @@ bool runCase(const Case& c, int rounds)
 Case buildCase(const std::string& name, const Points& vPoints, bool bMore)
 {
     const std::size_t repetitions = std::max<std::size_t>(1, 300000 / vPoints.size());
-    Case c{name, vPoints.size(), {}, true};
+    Case c{name, vPoints.size(), vPoints.size(), {}, true};
     c.vContestants.push_back({"ours", [&vPoints, repetitions] { return lumoBuild(vPoints, repetitions); }});
 #if defined(LUMO25D_WITH_CGAL)
     c.vContestants.push_back({"CGAL", [&vPoints, repetitions] { return cgalBuild(vPoints, repetitions); }});
@@ -130,10 +132,10 @@ Case buildCase(const std::string& name, const Points& vPoints, bool bMore)
 }
 
 /// A case of another kind: two measurements of the same thing.
-Case pairCase(const std::string& name, std::size_t numOperations, bool bBuilds, std::function<Measurement()> ours,
-              [[maybe_unused]] std::function<Measurement()> cgal)
+Case pairCase(const std::string& name, std::size_t numPoints, std::size_t numOperations, bool bBuilds,
+              std::function<Measurement()> ours, [[maybe_unused]] std::function<Measurement()> cgal)
 {
-    Case c{name, numOperations, {{"ours", std::move(ours)}}, bBuilds};
+    Case c{name, numPoints, numOperations, {{"ours", std::move(ours)}}, bBuilds};
 #if defined(LUMO25D_WITH_CGAL)
     c.vContestants.push_back({"CGAL", std::move(cgal)});
 #endif
@@ -168,8 +170,8 @@ bool runLocate(const Options& options)
     const Points vPoints(vAll.begin(), middle_it);
     const Points vQueries(middle_it, vAll.end());
     return runCase(pairCase(
-                       "locate, in random order", vQueries.size(), false, [&] { return lumoLocate(vPoints, vQueries); },
-                       [&] { return cgalLocate(vPoints, vQueries); }),
+                       "locate, in random order", vPoints.size(), vQueries.size(), false,
+                       [&] { return lumoLocate(vPoints, vQueries); }, [&] { return cgalLocate(vPoints, vQueries); }),
                    options.rounds);
 }
 
@@ -177,8 +179,8 @@ bool runOneByOne(const Options& options)
 {
     const Points vPoints = uniform(options.numPoints / 5);
     return runCase(pairCase(
-                       "one by one, in random order", vPoints.size(), true, [&] { return lumoOneByOne(vPoints); },
-                       [&] { return cgalOneByOne(vPoints); }),
+                       "one by one, in random order", vPoints.size(), vPoints.size(), true,
+                       [&] { return lumoOneByOne(vPoints); }, [&] { return cgalOneByOne(vPoints); }),
                    options.rounds);
 }
 
@@ -188,7 +190,7 @@ bool runRemove(const Options& options)
     std::vector<std::size_t> vPositions = permutation(vPoints.size(), 6);
     vPositions.resize(vPoints.size() / 10);
     return runCase(pairCase(
-                       "removal of random vertices", vPositions.size(), false,
+                       "removal of random vertices", vPoints.size(), vPositions.size(), false,
                        [&] { return lumoRemove(vPoints, vPositions); },
                        [&] { return cgalRemove(vPoints, vPositions); }),
                    options.rounds);
