@@ -2,7 +2,6 @@
 
 #include "LumoException.h"
 #include "freeFunctions.h"
-#include "geometry/FixedInt.h"
 #include "geometry/SplitMix64.h"
 #include "oracles/ExactOracle.h"
 #include "support/TestOutput.h"
@@ -43,14 +42,6 @@ double coordinate(SplitMix64& random)
 Point2 point(SplitMix64& random)
 {
     return Point2(coordinate(random), coordinate(random), coordinate(random));
-}
-
-template <std::size_t N>
-mpz_class valueOf(const FixedInt<N>& v)
-{
-    mpz_class sum = v.isNegative() ? -1 : 0;
-    for (std::size_t i = N; i-- > 0;) sum = (sum << 64U) + mpz_class(v.aWords[i]);
-    return sum;
 }
 
 } // namespace
@@ -181,37 +172,4 @@ TEST(OrbiTest, TetrahedraHaveASense)
     EXPECT_EQ(static_cast<int>(orbiTest.getOrientation3(&y, &x, &z, &o)), 2);
     EXPECT_EQ(static_cast<int>(orbiTest.getOrientation3(&x, &y, &xy, &o)), 0);
     EXPECT_EQ(static_cast<int>(orbiTest.getOrientation3(&o, &y, &z, &x)), 2); // from another corner
-}
-
-TEST(OrbiTest, NamesForPrinting)
-{
-    const auto beyond = [](auto value) { return static_cast<decltype(value)>(3); };
-    EXPECT_STREQ(OrbiTest::toString(ORIENTATION2_COLLINEAR), "COL");
-    EXPECT_STREQ(OrbiTest::toString(ORIENTATION2_CW), "CW");
-    EXPECT_STREQ(OrbiTest::toString(beyond(ORIENTATION2_CW)), "unknown, this is a bug");
-    EXPECT_STREQ(getString(ORIENTATION2_CCW), "ORIENTATION2_CCW");
-    EXPECT_STREQ(getString(beyond(ORIENTATION2_CW)), "UNKNOWN");
-    EXPECT_STREQ(OrbiTest::toString(CINC2_OUTCIRCLE), "CINC2_OUTCIRCLE");
-    EXPECT_STREQ(OrbiTest::toString(CINC2_UNDECIDED), "UNKNOWN");
-    EXPECT_STREQ(OrbiTest::toString(IST_REGULAR), "IST_REGULAR");
-    EXPECT_STREQ(OrbiTest::toString(beyond(IST_NOIS)), "UNKNOWN");
-}
-
-TEST(FixedInt, SumsDifferencesAndProductsCarryThroughAllWords)
-{
-    constexpr std::uint64_t all = ~std::uint64_t{0};
-    SplitMix64 random(SEED + 2);
-    const auto word = [&random] {
-        const std::uint64_t words[] = {0, 1, all, all >> 1U, std::uint64_t{1} << 63U, random.next()};
-        return words[random.index(6)];
-    };
-    const mpz_class modulus = mpz_class(1) << 128U;
-    for (int round = 0; round < 2000 && !HasFailure(); ++round) {
-        const FixedInt<2> a{{word(), word()}}, b{{word(), word()}};
-        SCOPED_TRACE("seed " + std::to_string(SEED + 2) + ": " + valueOf(a).get_str() + ", " + valueOf(b).get_str());
-        EXPECT_TRUE(valueOf(a * b) == valueOf(a) * valueOf(b));
-        EXPECT_TRUE((valueOf(a + b) - valueOf(a) - valueOf(b)) % modulus == 0);
-        EXPECT_TRUE((valueOf(a - b) - valueOf(a) + valueOf(b)) % modulus == 0);
-        EXPECT_EQ(a.sign(), sgn(valueOf(a)));
-    }
 }
