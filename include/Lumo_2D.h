@@ -3,6 +3,7 @@
 
 #include "Bbox2.h"
 #include "Lumo25DApi.h"
+#include "LumoExport.h"
 #include "MsgBase.h"
 #include "Orientation2.h"
 #include "Point2.h"
@@ -60,6 +61,10 @@ public:
     void insert(const std::vector<Point2>& vPoints, std::vector<Point2*>& vHandles);
     /// numPoints triples x, y, z. aHandles, unless it is NULL, receives numPoints handles. The coordinates are not kept.
     void insert(int numPoints, double* aCoordinates, Point2** aHandles);
+    /// Takes a vertex out; its handle stays valid as memory and may not be used for anything else. NULL and a pointer that
+    /// is no vertex in use get a warning, and nothing changes. About constant time for an ordinary vertex; O(k log k) for
+    /// one with k neighbours.
+    void remove(Point2* pVertex);
 
     // ---- settings -----------------------------------------------------------------------------------------------
 
@@ -93,6 +98,20 @@ public:
     Orientation2 getOrientation(const Point2& p0, const Point2& p1, const Point2& p2) const;
     /// The triangle that holds p, be it on its border; NULL outside the hull and while there is no area.
     Triangle2* locate(const Point2& p) const;
+    /// The height of the surface at (x, y): exact at a vertex, linear on each triangle. pApproxT, unless it is NULL, is a
+    /// triangle to begin the search at. Outside the hull, the height of the hull's edge at the foot of the perpendicular,
+    /// if that is no farther away than tolerance. False, with height unchanged, when there is none.
+    bool getHeight(double x, double y, double& height, Triangle2* pApproxT = nullptr, double tolerance = 0.0) const;
+    /// Appends the vertices of the convex hull counterclockwise, beginning with the leftmost (of several, the lowest);
+    /// with bAllVertices, those in the middle of a straight side too. Linear. Without area: a warning, and nothing.
+    void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHull) const;
+    /// The triangle that has the edge from p0 to p1 on its counterclockwise way; NULL when there is none. NULL arguments
+    /// and equal ones are failed conditions.
+    Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1) const;
+    /// Append the triangles around a vertex, counterclockwise; its neighbours, ordered by address. A vertex of another
+    /// triangulation or a removed one is warned about; a vertex that waits for area throws LumoException.
+    void getIncidentTriangles(Point2* pVertex, std::vector<Triangle2*>& vTriangles) const;
+    void getIncidentVertices(Point2* pVertex, std::vector<Point2*>& vVertices) const;
     /// Appends all vertices; all triangles.
     void getVertexPointers(std::vector<Point2*>& vVertices) const;
     void getTrianglePointers(std::vector<Triangle2*>& vTriangles) const;
@@ -101,12 +120,25 @@ public:
     /// Seconds that the points take in a triangulation of their own, with this object's number of threads.
     double measureTriangulationTime(const std::vector<Point2>& vPoints) const;
 
+    // ---- checks -------------------------------------------------------------------------------------------------
+
+    /// Checks every law of the triangulation exactly: links, orientation, hull, vertices and, if wanted, empty circles.
+    /// Each violation is reported with its place, msg (may be NULL) behind them. True when there is none. Linear.
+    bool checkValidity(bool bCheckEmptyCircleProperty, const char* msg) const;
+    /// Prints counts, degrees, lengths, angles, heights and memory under a title.
+    void statistics(const char* s) const;
+
     // ---- output -------------------------------------------------------------------------------------------------
 
     /// Draws all edges into a PostScript file.
     void show(const std::string& filename) const;
     /// Adds all edges to a drawing. NULL is warned about.
     void show(Visualizer2* pVisualizer) const;
+    /// Writes a Wavefront OBJ file. False, with a message, when it can't be written.
+    bool writeObj(const char* filename) const;
+    /// Copies vertices and triangles into an empty record of arrays, with the custom indices if wanted. With bClear, the
+    /// triangulation is emptied then: all handles die; the number of threads and fast mode stay.
+    void exportTriangulation(LumoExport& lumoExport, bool bCustomIndices, bool bClear);
 
     // ---- progress -----------------------------------------------------------------------------------------------
 

@@ -24,9 +24,7 @@ template <class Position>
 class CurveRefinement
 {
 public:
-    CurveRefinement(std::vector<CurvePair>& vPairs_, const Position& position_) : vPairs(vPairs_), position(position_)
-    {
-    }
+    CurveRefinement(std::vector<IdxPos>& vPairs_, const Position& position_) : vPairs(vPairs_), position(position_) {}
 
     void run()
     {
@@ -38,11 +36,11 @@ private:
     static constexpr unsigned numBits = 30;
 
     template <class Action>
-    static void forEachRun(const std::vector<CurvePair>& v, const Action& action)
+    static void forEachRun(const std::vector<IdxPos>& v, const Action& action)
     {
         for (std::size_t begin = 0; begin < v.size();) {
             std::size_t end = begin + 1;
-            while (end < v.size() && v[end].key() == v[begin].key()) {
+            while (end < v.size() && v[end].idx() == v[begin].idx()) {
                 ++end;
             }
             if (end - begin > longestPlainRun) action(begin, end);
@@ -65,28 +63,28 @@ private:
         box.enlargeRanges(1.0001);
         const HC2 curve(box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY(), numBits);
 
-        std::vector<CurvePair> vFine;
+        std::vector<IdxPos> vFine;
         vFine.reserve(end - begin);
         for (std::size_t i = begin; i < end; ++i) {
             const auto xy = position(vPairs[i].position());
             vFine.emplace_back(curve.getIndex(xy.first, xy.second), vPairs[i].position());
         }
         sortPairs(vFine, 1);
-        if (vFine.front().key() != vFine.back().key()) {
+        if (vFine.front().idx() != vFine.back().idx()) {
             CurveRefinement(vFine, position).run();
         }
-        const auto key = vPairs[begin].key();
+        const auto key = vPairs[begin].idx();
         for (std::size_t i = begin; i < end; ++i) {
-            vPairs[i] = CurvePair(key, vFine[i - begin].position());
+            vPairs[i] = IdxPos(key, vFine[i - begin].position());
         }
     }
 
-    std::vector<CurvePair>& vPairs;
+    std::vector<IdxPos>& vPairs;
     const Position& position;
 };
 
 template <class Position>
-void refineEqualRuns(std::vector<CurvePair>& vPairs, const Position& position)
+void refineEqualRuns(std::vector<IdxPos>& vPairs, const Position& position)
 {
     CurveRefinement<Position>(vPairs, position).run();
 }

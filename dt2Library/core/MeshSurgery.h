@@ -90,13 +90,19 @@ inline void split24(Triangle2* pT, int ith, Triangle2* pT2, Triangle2* pT3, Poin
     Triangle2* const pBD = pN->neighbor(L::next(j));
     Triangle2* const pDC = pN->neighbor(L::prev(j));
 
+    // One triangle may be the neighbour of both pT and pN (where b or c has three triangles): where it links to which has
+    // to be found before anything changes.
+    const int backAB = pAB == nullptr ? 0 : L::indexOf(pAB, pT);
+    const int backBD = pBD == nullptr ? 0 : L::indexOf(pBD, pN);
+    const int backDC = pDC == nullptr ? 0 : L::indexOf(pDC, pN);
+
     L::set(pT, pVtx, c, a, pCA, pN, pT3);
     L::set(pN, pVtx, a, b, pAB, pT2, pT);
     L::set(pT2, pVtx, b, d, pBD, pT3, pN);
     L::set(pT3, pVtx, d, c, pDC, pT, pT2);
-    if (pAB != nullptr) L::setNeighbor(pAB, L::indexOf(pAB, pT), pN);
-    if (pBD != nullptr) L::setNeighbor(pBD, L::indexOf(pBD, pN), pT2);
-    if (pDC != nullptr) L::setNeighbor(pDC, L::indexOf(pDC, pN), pT3);
+    if (pAB != nullptr) L::setNeighbor(pAB, backAB, pN);
+    if (pBD != nullptr) L::setNeighbor(pBD, backBD, pT2);
+    if (pDC != nullptr) L::setNeighbor(pDC, backDC, pT3);
     pVtx->setIncidentTriangle(pT);
     a->setIncidentTriangle(pT);
     b->setIncidentTriangle(pN);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -112,14 +113,14 @@ template <class Source>
 class Task
 {
 public:
-    Task(Stretch s, const Source& source_, const HC2& curve_, std::vector<CurvePair>& vPairs_)
+    Task(Stretch s, const Source& source_, const HC2& curve_, std::vector<IdxPos>& vPairs_)
         : stretch(s), source(source_), curve(curve_), vPairs(vPairs_)
     {
     }
     void run()
     {
         for (std::size_t i = stretch.begin; i < stretch.end; ++i) {
-            vPairs[i] = CurvePair(curve.getIndex(source.x(i), source.y(i)), i);
+            vPairs[i] = IdxPos(curve.getIndex(source.x(i), source.y(i)), i);
         }
     }
 
@@ -127,7 +128,7 @@ private:
     Stretch stretch;
     const Source& source;
     const HC2& curve;
-    std::vector<CurvePair>& vPairs;
+    std::vector<IdxPos>& vPairs;
 };
 
 /// Fills vertices, items and handles of a stretch of the sorted pairs.
@@ -135,8 +136,8 @@ template <class Source>
 class FTask
 {
 public:
-    FTask(Stretch s, const Source& source_, const std::vector<CurvePair>& vPairs_, Point2* aVertices_,
-          IdxVtxAct* aItems_, Point2** aHandles_)
+    FTask(Stretch s, const Source& source_, const std::vector<IdxPos>& vPairs_, Point2* aVertices_, IdxVtxAct* aItems_,
+          Point2** aHandles_)
         : stretch(s), source(source_), vPairs(vPairs_), aVertices(aVertices_), aItems(aItems_), aHandles(aHandles_)
     {
     }
@@ -149,7 +150,7 @@ public:
             const std::size_t position = vPairs[k].position();
             Point2* const pVtx = aVertices + k;
             source.fill(position, pVtx);
-            aItems[k] = {vPairs[k].key(), true, pVtx};
+            aItems[k] = {vPairs[k].idx(), true, pVtx};
             if (aHandles != nullptr) aHandles[position] = pVtx;
         }
     }
@@ -157,7 +158,7 @@ public:
 private:
     Stretch stretch;
     const Source& source;
-    const std::vector<CurvePair>& vPairs;
+    const std::vector<IdxPos>& vPairs;
     Point2* aVertices;
     IdxVtxAct* aItems;
     Point2** aHandles;
@@ -170,7 +171,11 @@ void runOnStretches(std::size_t n, std::size_t numThreads, const Args&... args)
     for (const Stretch& s : cutIntoStretches(n, numThreads)) {
         vTasks.emplace_back(s, args...);
     }
-    runTasks(vTasks, &TaskType::run, static_cast<int>(numThreads));
+    MTCtrl<TaskType> control;
+    for (TaskType& task : vTasks) {
+        control.add(&task);
+    }
+    control.run(&TaskType::run, static_cast<int>(numThreads));
 }
 
 } // namespace
@@ -183,7 +188,7 @@ Point2* VertexVault::appendInCurveOrder(const Source& source, Point2** aHandles,
     const auto numCPU = static_cast<std::size_t>(pDt2->numCPU);
     const std::size_t numThreads = source.mayUseThreads() && n >= 1000 && n > numCPU * 10 ? numCPU : 1;
 
-    std::vector<CurvePair> vPairs(n);
+    std::vector<IdxPos> vPairs(n);
     runOnStretches<Task<Source>>(n, numThreads, source, pDt2->hilbertCurve, std::ref(vPairs));
     sortPairs(vPairs, pDt2->numCPU);
     refineEqualRuns(vPairs, [&source](std::size_t i) { return std::make_pair(source.x(i), source.y(i)); });
@@ -256,12 +261,6 @@ Triangle2* VertexVault::triangleAround(std::size_t pos) const
 Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
 {
     LUMO_CHECK(bFullDimensional, "bFullDimensional");
-    if (numSorted == 0 && hasFakeBox()) {
-        Triangle2* const pFakeT = getFakeBoxCorner(0)->getIncidentTriangle();
-        LUMO_CHECK(pFakeT != nullptr, "pFakeT!=0");
-        return pFakeT;
-    }
-    LUMO_CHECK(!vItems.empty(), "!vIdxVtxAct.empty()");
     if (numSorted != 0) {
         const std::size_t pos = lowerBound(idx);
         for (std::size_t i = pos; i < numSorted; ++i) {
@@ -271,9 +270,11 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
             if (Triangle2* const pT = triangleAround(i)) return pT;
         }
     }
+    // Before the first points are in, the fake box is all there is.
+    if (hasFakeBox()) {
+        if (Triangle2* const pFakeT = getFakeBoxCorner(0)->getIncidentTriangle()) return pFakeT;
+    }
     if (Triangle2* const pT = triangleFromTail(idx)) return pT;
-    // All items may be off while the fake box is the only mesh.
-    if (hasFakeBox()) return getFakeBoxCorner(0)->getIncidentTriangle();
     msgError("Vault", "getCloT() failed");
     LUMO_CHECK(false, "false");
 }
@@ -609,11 +610,17 @@ void VertexVault::dropPointsWithoutTriangle()
 
 // ---- the fake box ---------------------------------------------------------------------------------------------------
 
-void VertexVault::createFakeBox(const Bbox2& box)
+bool VertexVault::createFakeBox(const Bbox2& box)
 {
     Bbox2 outer(box);
     outer.inflateIfDegenerate(1.0);
     outer.enlargeRanges(1.01);
+    // At the end of the doubles the box could not keep its distance from the points.
+    constexpr double limit = std::numeric_limits<double>::max();
+    if (outer.get_minX() == -limit || outer.get_minY() == -limit || outer.get_maxX() == limit ||
+        outer.get_maxY() == limit) {
+        return false;
+    }
     std::vector<Point2> vCorners;
     outer.getCorners(vCorners);
     for (const Point2& corner : vCorners) {
@@ -624,7 +631,7 @@ void VertexVault::createFakeBox(const Bbox2& box)
             Point2* pVtx = pCorner.get();
             pDt2->insertOneVertex(&pVtx, getCloseTriangle(pDt2->hilbertCurve.getIndex(*pVtx)));
         }
-        return;
+        return true;
     }
     bFullDimensional = true;
     Point2* const c0 = vFakeBoxHandles[0].get();
@@ -633,13 +640,15 @@ void VertexVault::createFakeBox(const Bbox2& box)
     Triangle2* const pT1 = pDt2->getNewTriangle(c0, c2, vFakeBoxHandles[3].get());
     pT0->setOppTriangle(1, pT1);
     pT1->setOppTriangle(2, pT0);
+    return true;
 }
 
 void VertexVault::removeFakeBox()
 {
     LUMO_CHECK(vFakeBoxHandles.size() == 4, "vFakeBoxHandles.size()==4");
     for (const auto& pCorner : vFakeBoxHandles) {
-        pDt2->removeHullVertex(pCorner.get(), false);
+        // The last corners have no triangle any more when the points behind them have no area.
+        if (pCorner->getIncidentTriangle() != nullptr) pDt2->removeHullVertex(pCorner.get(), false);
     }
     vFakeBoxHandles.clear();
     areaChanged();
@@ -649,6 +658,24 @@ Point2* VertexVault::getFakeBoxCorner(std::size_t i) const
 {
     LUMO_CHECK(vFakeBoxHandles.size() > i, "vFakeBoxHandles.size()>i");
     return vFakeBoxHandles[i].get();
+}
+
+// ---- export ---------------------------------------------------------------------------------------------------------
+
+void VertexVault::export_fetchCoordinates(double* aCoords) const
+{
+    for (const IdxVtxAct& item : vItems) {
+        if (!item.bActive) continue;
+        item.pVtx->xyz(aCoords[0], aCoords[1], aCoords[2]);
+        aCoords += 3;
+    }
+}
+
+void VertexVault::export_fetchCustomIndices(std::int32_t* aCustomIndices) const
+{
+    for (const IdxVtxAct& item : vItems) {
+        if (item.bActive) *aCustomIndices++ = item.pVtx->getCustomIndex();
+    }
 }
 
 // ---- checks ---------------------------------------------------------------------------------------------------------

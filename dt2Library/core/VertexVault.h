@@ -110,11 +110,18 @@ public:
 
     // ---- the fake box of a threaded bulk insertion --------------------------------------------------------------
 
-    /// Four vertices around the box, so that every input point lies strictly inside the hull. They have no items.
-    void createFakeBox(const Bbox2& box);
+    /// Four vertices around the working box, so that every input point lies strictly inside the hull. They have no items.
+    /// False, and nothing done, when the box reaches the end of the doubles.
+    bool createFakeBox(const Bbox2& box);
     void removeFakeBox();
     Point2* getFakeBoxCorner(std::size_t i) const;
     bool hasFakeBox() const { return !vFakeBoxHandles.empty(); }
+
+    // ---- export -------------------------------------------------------------------------------------------------
+
+    /// Fill arrays that have room for all active vertices, in item order: x, y, z of each; its custom index.
+    void export_fetchCoordinates(double* aCoords) const;
+    void export_fetchCustomIndices(std::int32_t* aCustomIndices) const;
 
     /// Checks law 2 and 3 and the count of active items; true when they hold, each violation is reported.
     bool checkVault() const;

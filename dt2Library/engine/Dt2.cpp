@@ -207,7 +207,7 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
     // Points that wait without area are part of this bulk: with the fake box they get area now.
     const bool bHadArea = bFullDimensional;
     poolTriangles.reserve(2 * numPoints + 3);
-    if (bFakeBox) vertexVault.createFakeBox(bbox);
+    if (bFakeBox) bFakeBox = vertexVault.createFakeBox(bbox);
     progress.start(stepName, tenPercentMore(numPoints));
     try {
         std::size_t numPreExisting = 0;
@@ -216,8 +216,7 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
         if (!bFullDimensional) {
             createFullDimTriangle(numPreExisting);
         } else {
-            const IdxVtxAct* const pFirst = vertexVault.begin() + (bHadArea ? numPreExisting : 0);
-            triangulateRange(pFirst, vertexVault.end(), vertexVault.getCloseTriangle(pFirst->idx));
+            triangulateNewItems(bHadArea ? numPreExisting : 0, numPreExisting);
         }
     } catch (...) {
         giveUpBulk();
@@ -230,10 +229,22 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
     if (bFakeBox) vertexVault.removeFakeBox();
 }
 
+/// Inserts the items that wait since before this bulk, then the new ones: so the older of two equal points is first.
+void Dt2::triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew)
+{
+    const IdxVtxAct* const pItems = vertexVault.begin();
+    if (firstWaiting != firstNew) {
+        triangulateRange(pItems + firstWaiting, pItems + firstNew,
+                         vertexVault.getCloseTriangle(pItems[firstWaiting].idx));
+    }
+    triangulateRange(pItems + firstNew, vertexVault.end(), vertexVault.getCloseTriangle(pItems[firstNew].idx));
+}
+
 /// A subscriber may throw in the middle of a bulk: what is in the mesh stays, the other points are dropped.
 void Dt2::giveUpBulk()
 {
     vertexVault.dropPointsWithoutTriangle();
+    vertexVault.sortIfNeeded(true);
     if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
 }
 

@@ -24,6 +24,7 @@
 namespace ORBI_LUMO25D
 {
 
+class LumoExport;
 class Visualizer2;
 
 /// The engine: everything that makes up one triangulation, behind the facade Lumo_2D.
@@ -135,9 +136,22 @@ public:
     /// Takes a vertex on the hull out. With bUpdateVault false the vault does not hear of it: for the fake box.
     void removeHullVertex(Point2* pVtx, bool bUpdateVault);
 
-    // ==== Dt2_output.cpp: pictures =================================================================================
+    // ==== Dt2_output.cpp: pictures, arrays, files ==================================================================
 
+    /// Adds every edge once; without area, the waiting points.
     void show(Visualizer2& visualizer) const;
+    /// Fills an empty record: vertices in curve order, triangles in the order in which they were made. False, with a
+    /// message, when there are too many for the record's counts.
+    bool exportTriangulationArray(LumoExport& lumoExport, bool bCustomIndices) const;
+    /// Writes a Wavefront OBJ file; false, with a message, when it can't be written.
+    bool writeObj(const std::string& filename) const;
+
+    // ==== Dt2_validity.cpp: self-check and statistics ==============================================================
+
+    /// Checks every law of the structure exactly, and reports each violation with its place. True when there is none.
+    bool checkValidity(bool bCheckEmptyCircleProperty, const char* msg) const;
+    /// Prints counts, degrees, lengths, angles, heights and memory.
+    void statistics(const char* s) const;
 
     // ==== Data: in the order in which they depend on one another ====================================================
 
@@ -177,6 +191,7 @@ private:
     template <class AppendToVault>
     void insertBulk(const char* stepName, std::size_t numPoints, std::vector<Point2*>* pHandles, bool bFakeBox,
                     const AppendToVault& append);
+    void triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew);
     void giveUpBulk();
 
     // Dt2_insertion.cpp
@@ -190,6 +205,9 @@ private:
     Triangle2* splitHullEdge(Point2* pVtx, Triangle2* pT, int ith);
     Triangle2* fanOverVisibleEdges(Point2* pVtx);
     void flipCollinearOnly(const Point2* pVtx);
+
+    // Dt2_output.cpp
+    std::vector<std::size_t> numberActiveVertices() const;
 
     // Dt2_queries.cpp
     HullEdge someHullEdge() const;

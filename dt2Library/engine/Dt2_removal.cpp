@@ -25,6 +25,7 @@ void Dt2::remove(Point2* pVtx)
     vertexVault.sortIfNeeded(true);
     if (!poolVertices.contains(pVtx) || !vertexVault.isActive(pVtx)) {
         // A foreign pointer isn't read: it may point anywhere.
+        if (poolVertices.contains(pVtx)) std::cout << *pVtx << '\n';
         msgWarning("Dt2::remove()", "vertex does not belong to the triangulation, return");
         return;
     }

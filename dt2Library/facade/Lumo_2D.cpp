@@ -134,6 +134,11 @@ void Lumo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles)
     if (aHandles != nullptr) spreadHandles(n, isAccepted, vAcceptedHandles, aHandles);
 }
 
+void Lumo_2D::remove(Point2* pVertex)
+{
+    pImpl->remove(pVertex);
+}
+
 // ---- settings -------------------------------------------------------------------------------------------------------
 
 int Lumo_2D::setNumCPU(int numCPU)
@@ -223,6 +228,61 @@ double Lumo_2D::measureTriangulationTime(const std::vector<Point2>& vPoints) con
     return pImpl->measureTriangulationTime(vPoints);
 }
 
+bool Lumo_2D::getHeight(double x, double y, double& height, Triangle2* pApproxT, double tolerance) const
+{
+    return pImpl->getHeight(x, y, height, pApproxT, tolerance);
+}
+
+void Lumo_2D::getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHull) const
+{
+    pImpl->getConvexHull(bAllVertices, vConvexHull);
+}
+
+namespace
+{
+
+/// Vertices that wait for area go on to the engine, which tells what is missing.
+bool isOwnVertex(const Dt2& dt2, const Point2* pVertex, const char* function)
+{
+    if (dt2.isMeshVertex(pVertex)) return true;
+    if (!dt2.hasArea() && pVertex != nullptr && dt2.poolVertices.contains(pVertex)) return true;
+    msgWarning(function, "vertex does not belong to the triangulation, return");
+    return false;
+}
+
+} // namespace
+
+Triangle2* Lumo_2D::getAdjacentTriangle(Point2* p0, Point2* p1) const
+{
+    // NULL is the engine's to fail on.
+    if (p0 != nullptr && p1 != nullptr && !isOwnVertex(*pImpl, p0, "Lumo_2D::getAdjacentTriangle()")) return nullptr;
+    return pImpl->getAdjacentTriangle(p0, p1);
+}
+
+void Lumo_2D::getIncidentTriangles(Point2* pVertex, std::vector<Triangle2*>& vTriangles) const
+{
+    if (isOwnVertex(*pImpl, pVertex, "Lumo_2D::getIncidentTriangles()")) {
+        pImpl->getIncidentTriangles(pVertex, vTriangles);
+    }
+}
+
+void Lumo_2D::getIncidentVertices(Point2* pVertex, std::vector<Point2*>& vVertices) const
+{
+    if (isOwnVertex(*pImpl, pVertex, "Lumo_2D::getIncidentVertices()")) {
+        pImpl->getIncidentVertices(pVertex, vVertices);
+    }
+}
+
+bool Lumo_2D::checkValidity(bool bCheckEmptyCircleProperty, const char* msg) const
+{
+    return pImpl->checkValidity(bCheckEmptyCircleProperty, msg);
+}
+
+void Lumo_2D::statistics(const char* s) const
+{
+    pImpl->statistics(s);
+}
+
 // ---- output and progress --------------------------------------------------------------------------------------------
 
 void Lumo_2D::show(const std::string& filename) const
@@ -239,6 +299,21 @@ void Lumo_2D::show(Visualizer2* pVisualizer) const
         return;
     }
     pImpl->show(*pVisualizer);
+}
+
+bool Lumo_2D::writeObj(const char* filename) const
+{
+    return pImpl->writeObj(filename == nullptr ? "" : filename);
+}
+
+void Lumo_2D::exportTriangulation(LumoExport& lumoExport, bool bCustomIndices, bool bClear)
+{
+    if (!pImpl->exportTriangulationArray(lumoExport, bCustomIndices) || !bClear) return;
+    Dt2* const pCleared = pImpl;
+    initLumo(3);
+    pImpl->setNumCPU(pCleared->numCPU);
+    pImpl->setFastMode(pCleared->bFastMode);
+    delete pCleared;
 }
 
 void Lumo_2D::subscribe(MsgType msgType, MsgBase* pMsg)
