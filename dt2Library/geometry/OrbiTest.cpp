@@ -26,8 +26,8 @@ constexpr double ulpOfRange(int log2OfV)
     return ulp;
 }
 
-/// Error of D for coordinates of at most 1 in size. Each product: a rounded difference of at most 2 times another, and
-/// the rounding of a product of at most 4; then the rounding of a difference of at most 8.
+/// Error of D for coordinates of at most 1 in size, in round-to-nearest: 24 times 2^-53. Each product counts a rounded
+/// difference of at most 2 and the rounding of a product of at most 4, D itself one of at most 8.
 constexpr double staticFactor = 2.0 * (ulpOfRange(1) + ulpOfRange(2) * 0.5) + ulpOfRange(3) * 0.5;
 static_assert(staticFactor == 0x3p-50, "the orientation filter's factor");
 

@@ -40,11 +40,12 @@ inline OrientationValue orientation(const Point2* p0, const Point2* p1, const Po
     return {p0->x() - x2, p0->y() - y2, p1->x() - x2, p1->y() - y2};
 }
 
-/// Bound of det() for points whose coordinates are at most m in size, given f * m * m as a filter without range margin
-/// has it in round-to-nearest (OrbiTest.cpp); infinite where a product of two differences could overflow.
+/// Bound of det() for points whose coordinates are at most m in size. staticBound is that of round-to-nearest in first
+/// order, 24 m^2 2^-53: two products of differences of at most 2m, three roundings each. Twice that is for the other
+/// rounding modes, a hundredth of it for the second order. Infinite where a product could overflow.
 inline double orientationBoundFor(double m, double staticBound)
 {
-    return m < 0x1p510 ? 2.0 * staticBound + 0x1p-1000 : HUGE_VAL;
+    return m < 0x1p510 ? 2.01 * staticBound + 0x1p-1000 : HUGE_VAL;
 }
 
 /// The in-circle determinant E of a triangle and a point q, from differences to q.
