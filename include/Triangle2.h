@@ -69,7 +69,7 @@ public:
     /// True when p lies on the closed edge opposite corner i of a counterclockwise triangle, decided exactly.
     bool hasOnEdge(int i, const Point2& p) const;
 
-    /// By the lengths of the edges (Heron's formula): needles lose digits, and a value that is no number is warned about.
+    /// By the lengths of the edges (Heron's formula): needles lose digits; a value that is no number is warned about.
     double getArea2D() const;
     double getArea25D() const;
     /// Angle at corner i in degrees, 0 to 180. An edge without length at this corner is warned about.

@@ -78,7 +78,7 @@ LUMO25D_API void generateRandomSegments(std::size_t num, const Bbox2& box, doubl
 LUMO25D_API void generateRandomPolygon(std::size_t num, const Bbox2& box, std::uint64_t seed,
                                        std::vector<Segment2>& vSegments);
 
-/// num different points on a circle, counterclockwise from the angle 0, rounded to doubles, at the height of the centre.
+/// num different points on a circle, counterclockwise from the angle 0, rounded, at the height of the centre.
 LUMO25D_API void generateCircle(std::size_t num, const Point2& center, double radius, std::vector<Point2>& vPoints);
 /// The closed polygon of these points (3 or more).
 LUMO25D_API void generateCircle(std::size_t num, const Point2& center, double radius, std::vector<Segment2>& vSegments);

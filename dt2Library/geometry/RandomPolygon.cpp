@@ -10,7 +10,7 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-// Choices fail by chance with a probability of about num/2^53 in a wide box. Where this many fail the box is too narrow.
+// A choice fails by chance with a probability of about num/2^53 in a wide box: where so many fail it is too narrow.
 constexpr int MAX_ATTEMPTS = 50;
 
 } // namespace
