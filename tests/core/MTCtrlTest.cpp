@@ -94,14 +94,14 @@ TEST(MTCtrl, EveryTaskRunsOnceWhateverTheNumberOfThreads)
     }
 }
 
-TEST(MTCtrl, TasksRunAtTheSameTime)
+TEST(MTCtrl, TasksOfSeveralThreadsRunAtTheSameTime)
 {
     Board board;
     runTasks(3, 3, &Task::meetTwoOthers, board);
     EXPECT_EQ(board.sThreads.size(), 3u);
 }
 
-TEST(MTCtrl, FirstExceptionEndsTheRunAndReachesTheCaller)
+TEST(MTCtrl, FirstExceptionEndsAllThreadsAndReachesTheCaller)
 {
     Board inlineBoard;
     EXPECT_EQ(runTasks(100, 1, &Task::failAtFive, inlineBoard), "task 5");
