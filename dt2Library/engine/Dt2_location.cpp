@@ -39,20 +39,17 @@ private:
 
 } // namespace
 
-/// One walk. The fast step keeps the crossed edge in registers and looks at the far corner only; where the filter can't
-/// tell, examine() asks the exact predicates for this one triangle.
+/// One walk, every decision of which is asked of the exact predicates, in the order of edges that keeps the walk from
+/// drifting. Where the filter can tell, the loop in locateConflictTriangle() has done the same before.
 class Dt2::Walk
 {
 public:
-    Walk(const OrbiTest& orbiTest_, const Point2& p_, Triangle2* pStart)
-        : pT(pStart), edgeIdx(-1), orbiTest(orbiTest_), p(p_), px(p_.x()), py(p_.y()), bound(orbiTest_.filterBound())
-    {
-    }
+    Walk(const OrbiTest& orbiTest_, const Point2& p_, Triangle2* pStart) : pT(pStart), orbiTest(orbiTest_), p(p_) {}
 
     int run();
 
-    Triangle2* pT; ///< where the walk stands
-    int edgeIdx;   ///< the last collinear edge of pT, or -1
+    Triangle2* pT;    ///< where the walk stands
+    int edgeIdx = -1; ///< the last collinear edge of pT, or -1
 
 private:
     using L = TriangleLinks;
@@ -64,11 +61,9 @@ private:
         CORNER, ///< p equals a corner
         HULL    ///< p lies on the line of the hull edge order[k]
     };
-
     static constexpr int restart = -2; ///< no state: the walk goes on
 
     Outcome examine();
-    Outcome fastStep();
     bool cross();
     void enter(Triangle2* pN, int first, int second, int third, int from);
     int atHull(int i);
@@ -80,8 +75,6 @@ private:
 
     const OrbiTest& orbiTest;
     const Point2& p;
-    const double px, py;
-    const double bound;
     int order[3] = {0, 1, 2}; ///< the order in which the edges are asked
     int k = 0;                ///< position in it
     unsigned steps = 0;
@@ -106,37 +99,6 @@ Dt2::Walk::Outcome Dt2::Walk::examine()
     return INSIDE;
 }
 
-/// The same for a triangle that was entered across edge order[0], by the filter alone where it can tell.
-Dt2::Walk::Outcome Dt2::Walk::fastStep()
-{
-    const int e = order[0];
-    const Point2* const pU = pT->corner(L::next(e));
-    const Point2* const pV = pT->corner(L::prev(e));
-    const Point2* const pW = pT->corner(e);
-    const double ux = pU->x() - px, uy = pU->y() - py;
-    const double vx = pV->x() - px, vy = pV->y() - py;
-    const double wx = pW->x() - px, wy = pW->y() - py;
-    // The edges opposite u = corner e+1 and v = corner e+2, both at once: the second costs nothing while the first is
-    // waited for.
-    const double beyondU = vx * wy - vy * wx;
-    const double beyondV = wx * uy - wy * ux;
-    const bool bUFirst = order[1] == L::next(e);
-    const double first = bUFirst ? beyondU : beyondV;
-    const double second = bUFirst ? beyondV : beyondU;
-    if (first < -bound) {
-        k = 1;
-        return CROSS;
-    }
-    if (first > bound) {
-        if (second < -bound) {
-            k = 2;
-            return CROSS;
-        }
-        if (second > bound) return INSIDE;
-    }
-    return examine();
-}
-
 /// Crosses edge order[k]; false when it is a hull edge.
 bool Dt2::Walk::cross()
 {
@@ -144,8 +106,7 @@ bool Dt2::Walk::cross()
     Triangle2* const pN = pT->neighbor(i);
     if (pN == nullptr) return false;
     const int e = L::indexOf(pN, pT);
-    // Successive steps alternate their preferred side, so that the walk does not drift. The edge just crossed is not
-    // asked again.
+    // Successive steps alternate their preferred side. The edge just crossed is not asked again.
     if (k == 1) {
         enter(pN, e, L::prev(e), L::next(e), 1);
     } else {
@@ -171,8 +132,8 @@ void Dt2::Walk::enter(Triangle2* pN, int first, int second, int third, int from)
 
 int Dt2::Walk::run()
 {
-    Outcome outcome = examine();
     for (;;) {
+        const Outcome outcome = examine();
         if (outcome == INSIDE) return -1;
         if (outcome == CORNER) return 4;
         if (outcome == HULL) {
@@ -181,7 +142,6 @@ int Dt2::Walk::run()
         } else if (!cross()) {
             return order[k];
         }
-        outcome = k == 1 ? fastStep() : examine();
     }
 }
 
@@ -212,8 +172,63 @@ int Dt2::Walk::atHull(int i)
 
 int Dt2::locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdgeIdx) const
 {
+    using L = TriangleLinks;
     LUMO_CHECK(*ppStartT != nullptr, "pStartTriangle!=0");
-    Walk walk(orbiTest, p, *ppStartT);
+    const double px = p.x(), py = p.y();
+    const double bound = orbiTest.filterBound();
+    Triangle2* pT = *ppStartT;
+
+    // Which edge was entered across (any one at the start), and its ends u = corner e+1 and v = corner e+2 relative to p.
+    int e = 0;
+    double ux = pT->corner(1)->x() - px, uy = pT->corner(1)->y() - py;
+    double vx = pT->corner(2)->x() - px, vy = pT->corner(2)->y() - py;
+    bool bNextFirst = true;
+    const double beyondStart = ux * vy - uy * vx;
+    if (beyondStart < -bound) {
+        Triangle2* const pN = pT->neighbor(0);
+        if (pN == nullptr) {
+            *pEdgeIdx = -1;
+            return 0;
+        }
+        e = L::indexOf(pN, pT);
+        pT = pN;
+        std::swap(ux, vx);
+        std::swap(uy, vy);
+    }
+    const bool bClearStart = std::fabs(beyondStart) > bound;
+    for (unsigned steps = 0; bClearStart && steps < maxStraightSteps; ++steps) {
+        const Point2* const pW = pT->corner(e);
+        const double wx = pW->x() - px, wy = pW->y() - py;
+        // The edges opposite u and v, both before the first is decided upon: the second costs nothing while the first is
+        // waited for. Which of them is crossed is chosen without a branch, for it can't be predicted.
+        const double beyondU = vx * wy - vy * wx;
+        const double beyondV = wx * uy - wy * ux;
+        const bool bCrossU = beyondU < -bound;
+        const bool bCrossV = beyondV < -bound;
+        if (!(bCrossU | bCrossV)) {
+            if (!(beyondU > bound && beyondV > bound)) break;
+            *ppStartT = pT;
+            *pEdgeIdx = -1;
+            return -1;
+        }
+        // Successive steps alternate their preferred side, so that the walk does not drift.
+        const bool bTakeU = bCrossU & (bNextFirst | !bCrossV);
+        const int i = bTakeU ? L::next(e) : L::prev(e);
+        bNextFirst = bTakeU != bNextFirst;
+        Triangle2* const pN = pT->neighbor(i);
+        if (pN == nullptr) {
+            *ppStartT = pT;
+            *pEdgeIdx = -1;
+            return i;
+        }
+        e = L::indexOf(pN, pT);
+        pT = pN;
+        ux = bTakeU ? wx : ux;
+        uy = bTakeU ? wy : uy;
+        vx = bTakeU ? vx : wx;
+        vy = bTakeU ? vy : wy;
+    }
+    Walk walk(orbiTest, p, pT);
     const int state = walk.run();
     *ppStartT = walk.pT;
     *pEdgeIdx = walk.edgeIdx;

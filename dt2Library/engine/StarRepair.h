@@ -28,14 +28,15 @@ public:
 
     /// Notes a coordinate that is about to come in.
     ///
-    /// The filter's bound covers rounding, not underflow. As long as every coordinate is 0 or at least 1e-120, all are
-    /// multiples of a unit above 1e-137; so is every difference, a lift is at least 1e-274 unless it is 0, and what the
-    /// products lose at the lower end of the doubles is far below the slack of the bound. With smaller coordinates the
-    /// filter is switched off: an infinite bound sends every test to the predicates.
+    /// The filter's bound covers rounding, not underflow. As long as every coordinate is 0 or at least 1e-50, all are
+    /// multiples of a unit above 1e-67, and so are their differences, rounded or not: every product that the filter
+    /// forms is 0 or far above the smallest normal double. With smaller coordinates the filter is switched off: an
+    /// infinite bound sends every test to the predicates. Overflow gives an infinite bound or no number, which nothing
+    /// exceeds.
     void admit(double coordinate)
     {
         const double a = std::fabs(coordinate);
-        if (a < 1e-120 && a > 0.0) inCircleFactor = std::numeric_limits<double>::infinity();
+        if (a < 1e-50 && a > 0.0) inCircleFactor = std::numeric_limits<double>::infinity();
     }
     /// In fast mode, what is decided here has to clear the filter that the mode is defined by.
     void setFastMode(bool bFast)
@@ -67,8 +68,8 @@ public:
     void run(const InCircleSlow& inCircleSlow)
     {
         while (depth != 0) {
-            const OuterEdge e = vStack[--depth];
-            if (e.value > e.bound || inCircleSlow(e.pT, e.pN)) flip(e);
+            const OuterEdge& e = vStack[--depth];
+            if (e.value > e.bound || inCircleSlow(e.pT, e.pN)) flip(OuterEdge(e));
         }
     }
 

@@ -26,15 +26,16 @@ struct TriangleLinks
         pT->aOppTriangles[2] = pN2;
     }
 
-    /// Index of the edge of pT towards its neighbour pN; pN must be one.
+    /// Index of the edge of pT towards its neighbour pN; pN must be one. Without a branch: which of the three it is can't
+    /// be predicted.
     static int indexOf(const Triangle2* pT, const Triangle2* pN)
     {
-        return pT->aOppTriangles[0] == pN ? 0 : (pT->aOppTriangles[1] == pN ? 1 : 2);
+        return static_cast<int>(pT->aOppTriangles[1] == pN) + 2 * static_cast<int>(pT->aOppTriangles[2] == pN);
     }
     /// Index of corner pVtx in pT; pVtx must be one.
     static int indexOf(const Triangle2* pT, const Point2* pVtx)
     {
-        return pT->aVertexPointer[0] == pVtx ? 0 : (pT->aVertexPointer[1] == pVtx ? 1 : 2);
+        return static_cast<int>(pT->aVertexPointer[1] == pVtx) + 2 * static_cast<int>(pT->aVertexPointer[2] == pVtx);
     }
 
 private:
