@@ -8,10 +8,10 @@ namespace ORBI_LUMO25D
 
 /// A stretch of raw heap memory, owned. Its content is undefined until it is written.
 ///
-/// A stretch of 4 MB and more begins at a multiple of 2 MB, and the system is asked to back it by huge pages where it
-/// knows such a thing: a triangulation is walked in every direction, and with pages of 4 KB the walk spends its time on
-/// address translation and on faults of first touch. The part behind the last full 2 MB keeps ordinary pages, so that no
-/// memory is spent on rounding up.
+/// From 4 MB on, the system is asked to back the full 2 MB in it by huge pages, where it knows such a thing: a
+/// triangulation is walked in every direction, and with pages of 4 KB the walk spends its time on address translation and
+/// on faults of first touch. What is before and behind keeps ordinary pages, so that no memory is spent on rounding up.
+/// From 32 MB on, the stretch begins at a multiple of 2 MB itself; in smaller ones that would cost too much of the heap.
 class BlockMemory
 {
 public:

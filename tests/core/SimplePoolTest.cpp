@@ -217,13 +217,15 @@ TEST(SimplePool, KilledBlockVanishesAndNumbersOfOthersStay)
     }
 }
 
-TEST(SimplePool, BigBlocksBeginOnHugePagesAndAreWritableToTheEnd)
+TEST(SimplePool, BlocksOnHugePagesAreWritableToTheEnd)
 {
-    SimplePool<Record> pool;
-    const std::size_t n = 200001; // 9.6 MB, not a multiple of 2 MB
-    pool.init(n, -1);
-    Record* const pFirst = pool.allocRange(n);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pFirst) % (2u << 20), 0u);
-    std::fill(reinterpret_cast<unsigned char*>(pFirst), reinterpret_cast<unsigned char*>(pFirst + n), 0xA5);
-    EXPECT_EQ(pFirst[n - 1].a[5], 0xA5A5A5A5A5A5A5A5u);
+    for (const std::size_t n : {std::size_t(100001), std::size_t(700001)}) { // 4.8 and 33.6 MB, no multiples of 2 MB
+        SimplePool<Record> pool;
+        pool.init(n, -1);
+        Record* const pFirst = pool.allocRange(n);
+        const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(pFirst);
+        EXPECT_EQ(address % (n > 700000 ? 2u << 20 : 64u), 0u);
+        std::fill(reinterpret_cast<unsigned char*>(pFirst), reinterpret_cast<unsigned char*>(pFirst + n), 0xA5);
+        EXPECT_EQ(pFirst[n - 1].a[5], 0xA5A5A5A5A5A5A5A5u);
+    }
 }
