@@ -22,4 +22,8 @@ if(LUMO25D_SANITIZE)
     target_compile_options(lumo25d_flags INTERFACE -fsanitize=${LUMO25D_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
     target_link_options(lumo25d_flags INTERFACE -fsanitize=${LUMO25D_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # GCC's analysis doesn't see through the instrumentation and warns about the standard library's own code.
+        target_compile_options(lumo25d_flags INTERFACE -Wno-maybe-uninitialized)
+    endif()
 endif()
