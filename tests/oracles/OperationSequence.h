@@ -1,0 +1,52 @@
+#ifndef LUMO25D_TESTS_ORACLES_OPERATIONSEQUENCE_H
+#define LUMO25D_TESTS_ORACLES_OPERATIONSEQUENCE_H
+
+#include "Point2.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace oracles
+{
+
+/// One call of a triangulation, in terms of positions, so that it keeps its meaning when calls before it are taken away.
+struct Operation
+{
+    enum Kind
+    {
+        INSERT,      ///< each point, one by one
+        VECTOR,      ///< all points at once, with handles
+        COORDINATES, ///< all points at once, as an array
+        THREADED,    ///< all points at once, by four threads
+        REMOVE,      ///< the vertices at these positions, where there are any
+        LOCATE,      ///< a query at each position
+        HEIGHT,      ///< the same
+        EXPORT,      ///< array export
+        CLEAR        ///< array export that empties the triangulation
+    };
+    Kind kind = INSERT;
+    std::vector<ORBI_LUMO25D::Point2> vPoints;
+};
+
+using OperationSequence = std::vector<Operation>;
+
+/// Carries the sequence out on a new triangulation beside a naive model (positions and the height of the first point at
+/// each). After every operation the triangulation is checked, exactly, and compared with the model. Returns an empty text
+/// when all is well, else what went wrong at which operation. numCPU is left at 1 but in THREADED.
+std::string runSequence(const OperationSequence& sequence);
+
+/// Takes operations and points away as long as the sequence still fails: in the end, no single one can be missed.
+/// (Zeller and Hildebrandt, "Simplifying and isolating failure-inducing input", 2002.)
+OperationSequence shrink(OperationSequence sequence, const std::function<bool(const OperationSequence&)>& fails);
+
+/// The corpus form, with a comment "#: name count" before the points of each operation: still readable as points alone.
+bool writeSequenceFile(const std::string& path, const OperationSequence& sequence, const std::string& comment);
+/// A file that breaks the form is an std::runtime_error; one without operations gives an empty sequence.
+OperationSequence readSequenceFile(const std::string& path);
+/// All sequences of tests/corpus/sequences, each with its file's name.
+std::vector<std::pair<std::string, OperationSequence>> corpusSequences();
+
+} // namespace oracles
+
+#endif
