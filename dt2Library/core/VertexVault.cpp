@@ -334,6 +334,11 @@ std::size_t VertexVault::findActive(const Point2& p, std::uint32_t idx, const Po
         const IdxVtxAct& item = vItems[i];
         return item.bActive && (pVtx == nullptr ? *item.pVtx == p : item.pVtx == pVtx);
     };
+    if (pVtx != nullptr) {
+        // After one bulk insertion, items and vertices stand in the same order.
+        const std::size_t guess = pDt2->poolVertices.indexOf(pVtx);
+        if (guess < vItems.size() && isIt(guess)) return guess;
+    }
     if (numSorted != 0) {
         for (std::size_t i = lowerBound(idx); i < numSorted && vItems[i].idx <= idx; ++i) {
             if (isIt(i)) return i;

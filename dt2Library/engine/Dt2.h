@@ -215,17 +215,17 @@ private:
     bool pullInside(const HullEdge& e, Point2& p) const;
 
     // Dt2_removal.cpp
-    void removeInnerVertex(Point2* pVtx, std::vector<Triangle2*>& vFan);
+    void removeInnerVertex(Point2* pVtx);
     [[noreturn]] void reportStubbornFan(const Point2* pVtx, std::size_t numTriangles) const;
-    bool collectFan(const Point2* pVtx, std::vector<Triangle2*>& vFan) const;
-    void detachFan(const Point2* pVtx, const std::vector<Triangle2*>& vFan);
-    void repairByRounds(std::vector<Triangle2*>& vT);
+    bool collectFan(const Point2* pVtx, std::vector<Triangle2*>& vT) const;
+    void detachFan(const Point2* pVtx);
+    void repairHole();
 
     StarRepair starRepair; ///< the work list of Delaunay repair
     FanCutter fanCutter{orbiTest};
-    // Scratch lists of the insertion at the hull: kept, so that a point there costs no allocation.
+    // Scratch lists of the insertion at the hull and of removal: kept, so that neither allocates for every point.
     std::vector<HullEdge> vVisibleBefore, vVisible;
-    std::vector<Triangle2*> vFresh, vNextFresh;
+    std::vector<Triangle2*> vFresh, vNextFresh, vFan, vHole;
 };
 
 } // namespace ORBI_LUMO25D

@@ -37,6 +37,27 @@ private:
     std::uint32_t state = 2463534242U;
 };
 
+/// On which side of an edge the origin lies, as far as the filters can tell: by the bound of all coordinates, and where
+/// that doesn't do, by the determinant's own terms (filters::OrientationValue).
+class SideOfEdge
+{
+public:
+    /// The edge from (ax, ay) to (bx, by), relative to the point that is asked for.
+    SideOfEdge(double ax, double ay, double bx, double by, double staticBound)
+        : det(ax * by - ay * bx), bound(staticBound)
+    {
+        if (__builtin_expect(!(std::fabs(det) > staticBound), 0)) {
+            bound = filters::OrientationValue{ax, ay, bx, by}.bound();
+        }
+    }
+    bool isBeyond() const { return det < -bound; }
+    bool isInside() const { return det > bound; }
+
+private:
+    double det;
+    double bound;
+};
+
 } // namespace
 
 /// One walk, every decision of which is asked of the exact predicates, in the order of edges that keeps the walk from
@@ -183,8 +204,8 @@ int Dt2::locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdg
     double ux = pT->corner(1)->x() - px, uy = pT->corner(1)->y() - py;
     double vx = pT->corner(2)->x() - px, vy = pT->corner(2)->y() - py;
     bool bNextFirst = true;
-    const double beyondStart = ux * vy - uy * vx;
-    if (beyondStart < -bound) {
+    const SideOfEdge start(ux, uy, vx, vy, bound);
+    if (start.isBeyond()) {
         Triangle2* const pN = pT->neighbor(0);
         if (pN == nullptr) {
             *pEdgeIdx = -1;
@@ -195,18 +216,18 @@ int Dt2::locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdg
         std::swap(ux, vx);
         std::swap(uy, vy);
     }
-    const bool bClearStart = std::fabs(beyondStart) > bound;
+    const bool bClearStart = start.isBeyond() || start.isInside();
     for (unsigned steps = 0; bClearStart && steps < maxStraightSteps; ++steps) {
         const Point2* const pW = pT->corner(e);
         const double wx = pW->x() - px, wy = pW->y() - py;
         // The edges opposite u and v, both before the first is decided upon: the second costs nothing while the first is
         // waited for. Which of them is crossed is chosen without a branch, for it can't be predicted.
-        const double beyondU = vx * wy - vy * wx;
-        const double beyondV = wx * uy - wy * ux;
-        const bool bCrossU = beyondU < -bound;
-        const bool bCrossV = beyondV < -bound;
+        const SideOfEdge sideU(vx, vy, wx, wy, bound);
+        const SideOfEdge sideV(wx, wy, ux, uy, bound);
+        const bool bCrossU = sideU.isBeyond();
+        const bool bCrossV = sideV.isBeyond();
         if (!(bCrossU | bCrossV)) {
-            if (!(beyondU > bound && beyondV > bound)) break;
+            if (!(sideU.isInside() && sideV.isInside())) break;
             *ppStartT = pT;
             *pEdgeIdx = -1;
             return -1;

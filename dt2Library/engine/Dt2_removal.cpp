@@ -10,6 +10,7 @@
 #include "Color.h"
 #include "Visualizer2.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace ORBI_LUMO25D
@@ -33,12 +34,11 @@ void Dt2::remove(Point2* pVtx)
         vertexVault.setInactive(pVtx);
         return;
     }
-    std::vector<Triangle2*> vFan;
     if (!collectFan(pVtx, vFan)) {
         removeHullVertex(pVtx, true);
         return;
     }
-    removeInnerVertex(pVtx, vFan);
+    removeInnerVertex(pVtx);
     vRemovedVertices.push_back(pVtx);
     vertexVault.setInactive(pVtx);
     LUMO_CHECK(pVtx->getIncidentTriangle() == nullptr, "pVtx->getIncidentTriangle()==NULL");
@@ -46,11 +46,11 @@ void Dt2::remove(Point2* pVtx)
 
 // ---- inside the hull ------------------------------------------------------------------------------------------------
 
-void Dt2::removeInnerVertex(Point2* pVtx, std::vector<Triangle2*>& vFan)
+void Dt2::removeInnerVertex(Point2* pVtx)
 {
     using L = TriangleLinks;
-    std::vector<Triangle2*> vRewritten;
-    fanCutter.run(pVtx, vFan, true, 3, vRewritten);
+    vHole.clear();
+    fanCutter.run(pVtx, vFan, true, 3, vHole);
     if (vFan.size() != 3) reportStubbornFan(pVtx, vFan.size());
     LUMO_CHECK(vFan.size() == 3, "vRemainingT.size()==3");
 
@@ -73,8 +73,8 @@ void Dt2::removeInnerVertex(Point2* pVtx, std::vector<Triangle2*>& vFan)
         vFan[k]->clearProperties();
         vDeadTriangles.push_back(vFan[k]);
     }
-    vRewritten.push_back(pT0);
-    repairByRounds(vRewritten);
+    vHole.push_back(pT0);
+    repairHole();
 }
 
 /// No ear in a whole turn, which can't be in a sound mesh: leaves a picture, then fails.
@@ -93,12 +93,11 @@ void Dt2::reportStubbornFan(const Point2* pVtx, std::size_t numTriangles) const
 /// The part of the star that stays convex without the vertex is filled by flips; what is left around the vertex goes.
 void Dt2::removeHullVertex(Point2* pVtx, bool bUpdateVault)
 {
-    std::vector<Triangle2*> vFan;
-    std::vector<Triangle2*> vPeeled;
+    vHole.clear();
     collectFan(pVtx, vFan);
-    fanCutter.run(pVtx, vFan, false, 1, vPeeled);
-    detachFan(pVtx, vFan);
-    repairByRounds(vPeeled);
+    fanCutter.run(pVtx, vFan, false, 1, vHole);
+    detachFan(pVtx);
+    repairHole();
     if (bUpdateVault) {
         vRemovedVertices.push_back(pVtx);
         vertexVault.setInactive(pVtx);
@@ -109,13 +108,14 @@ void Dt2::removeHullVertex(Point2* pVtx, bool bUpdateVault)
 
 /// Fills vFan with the triangles around a vertex, counterclockwise; on the hull, from one hull edge to the other. True
 /// when the fan is closed, that is, for an inner vertex.
-bool Dt2::collectFan(const Point2* pVtx, std::vector<Triangle2*>& vFan) const
+bool Dt2::collectFan(const Point2* pVtx, std::vector<Triangle2*>& vT) const
 {
+    vT.clear();
     using L = TriangleLinks;
     Triangle2* const pStart = pVtx->getIncidentTriangle();
     Triangle2* pT = pStart;
     do {
-        vFan.push_back(pT);
+        vT.push_back(pT);
         pT = pT->neighbor(L::next(L::indexOf(pT, pVtx)));
     } while (pT != nullptr && pT != pStart);
     if (pT == pStart) return true;
@@ -125,13 +125,13 @@ bool Dt2::collectFan(const Point2* pVtx, std::vector<Triangle2*>& vFan) const
          pT = pT->neighbor(L::prev(L::indexOf(pT, pVtx)))) {
         vBefore.push_back(pT);
     }
-    vFan.insert(vFan.begin(), vBefore.rbegin(), vBefore.rend());
+    vT.insert(vT.begin(), vBefore.rbegin(), vBefore.rend());
     return false;
 }
 
-/// Takes the triangles of a fan out of the mesh; what lies behind them becomes the hull. Without anything behind them
+/// Takes the triangles of vFan out of the mesh; what lies behind them becomes the hull. Without anything behind them
 /// the triangulation has no area any more.
-void Dt2::detachFan(const Point2* pVtx, const std::vector<Triangle2*>& vFan)
+void Dt2::detachFan(const Point2* pVtx)
 {
     using L = TriangleLinks;
     bool bSurvivor = false;
@@ -160,25 +160,33 @@ void Dt2::detachFan(const Point2* pVtx, const std::vector<Triangle2*>& vFan)
 
 // ---- repair ---------------------------------------------------------------------------------------------------------
 
-/// Lawson's flips until every edge of the given triangles, and of those that flips rewrite, is locally Delaunay.
-void Dt2::repairByRounds(std::vector<Triangle2*>& vT)
+/// Lawson's flips until every edge of the triangles in vHole is locally Delaunay.
+///
+/// The triangles around the hole keep their empty circles when a vertex goes, so that the edges between them and the hole
+/// need no test: in a small hole they are left out, which spares the look at the triangles beyond. A mesh that isn't
+/// Delaunay everywhere is repaired as far as the flips reach.
+void Dt2::repairHole()
 {
     using L = TriangleLinks;
-    std::vector<Triangle2*> vNext;
-    while (!vT.empty()) {
-        vNext.clear();
-        for (Triangle2* pT : vT) {
+    const bool bInsideOnly = !bFastMode && !bCutMode && vHole.size() <= FanCutter::maxScanned;
+    const auto isBeyond = [this, bInsideOnly](const Triangle2* pN) {
+        return pN == nullptr || (bInsideOnly && std::find(vHole.begin(), vHole.end(), pN) == vHole.end());
+    };
+    vFresh.assign(vHole.begin(), vHole.end());
+    while (!vFresh.empty()) {
+        vNextFresh.clear();
+        for (Triangle2* pT : vFresh) {
             for (int i = 0; i < 3; ++i) {
                 Triangle2* const pN = pT->neighbor(i);
-                if (pN == nullptr) continue;
+                if (isBeyond(pN)) continue;
                 const Point2* const q = pN->corner(L::indexOf(pN, pT));
                 if (orbiTest.circleInc3state(pT, q) != CINC2_INCIRCLE) continue;
                 flip(pT, i);
-                vNext.push_back(pT);
-                vNext.push_back(pN);
+                vNextFresh.push_back(pT);
+                vNextFresh.push_back(pN);
             }
         }
-        vT.swap(vNext);
+        vFresh.swap(vNextFresh);
     }
 }
 

@@ -14,15 +14,20 @@ using L = TriangleLinks;
 namespace
 {
 
-constexpr std::size_t noPosition = static_cast<std::size_t>(-1);
+constexpr std::size_t noLink = static_cast<std::size_t>(-1);
+
+/// An ear that turns right as far as doubles can tell: it waits till the end, and the exact test decides.
+constexpr double lastPower = std::numeric_limits<double>::max();
+/// No ear, or one that the exact test has refused.
+constexpr double noPower = std::numeric_limits<double>::infinity();
 
 /// std heaps have the largest element on top: the ear with the smallest power comes first, ties by position.
 struct LaterEar
 {
-    template <class Ear>
-    bool operator()(const Ear& a, const Ear& b) const
+    template <class Entry>
+    bool operator()(const Entry& a, const Entry& b) const
     {
-        return a.power != b.power ? a.power > b.power : a.fan > b.fan;
+        return a.power != b.power ? a.power > b.power : a.link > b.link;
     }
 };
 
@@ -32,83 +37,117 @@ void FanCutter::run(const Point2* pVtx_, std::vector<Triangle2*>& vFan, bool bCl
                     std::vector<Triangle2*>& vCut)
 {
     pVtx = pVtx_;
-    pFan = &vFan;
-    link(bClosed);
-    vHeap.clear();
-    for (std::size_t i = 0; i < vFan.size(); ++i) {
-        enter(i);
-    }
+    bUseHeap = vFan.size() > maxScanned;
+    makeLinks(vFan, bClosed);
     std::size_t numRemaining = vFan.size();
     std::size_t first = 0;
-    while (numRemaining > numLeft && !vHeap.empty()) {
-        std::pop_heap(vHeap.begin(), vHeap.end(), LaterEar());
-        const Ear ear = vHeap.back();
-        vHeap.pop_back();
-        if (ear.stamp != vStamp[ear.fan] || !cut(ear.fan)) continue;
-        vCut.push_back(vFan[ear.fan]);
-        if (first == ear.fan) first = vNext[ear.fan];
+    while (numRemaining > numLeft) {
+        const std::size_t ear = takeNextEar();
+        if (ear == noLink) break;
+        Triangle2* const pT = vLinks[vLinks[ear].previous].pT;
+        if (!cut(ear)) continue;
+        vCut.push_back(pT);
+        if (first == ear) first = vLinks[ear].next;
         --numRemaining;
     }
-    std::vector<Triangle2*> vRemaining;
-    for (std::size_t i = first; vRemaining.size() < numRemaining; i = vNext[i]) {
-        vRemaining.push_back(vFan[i]);
-    }
-    vFan.swap(vRemaining);
-}
-
-void FanCutter::link(bool bClosed)
-{
-    const std::size_t k = pFan->size();
-    vNext.resize(k);
-    vPrevious.resize(k);
-    vStamp.assign(k, 0);
-    for (std::size_t i = 0; i < k; ++i) {
-        vNext[i] = i + 1 < k ? i + 1 : (bClosed ? 0 : noPosition);
-        vPrevious[i] = i > 0 ? i - 1 : (bClosed ? k - 1 : noPosition);
+    vFan.clear();
+    for (std::size_t i = first; vFan.size() < numRemaining; i = vLinks[i].next) {
+        vFan.push_back(vLinks[i].pT);
     }
 }
 
-FanCutter::Spoke FanCutter::spokeBehind(std::size_t fan) const
+void FanCutter::addLink(const Point2* p, Triangle2* pT)
 {
-    const Triangle2* const pT = (*pFan)[fan];
-    const Triangle2* const pN = (*pFan)[vNext[fan]];
-    const int i = L::indexOf(pT, pVtx);
-    return {pT->corner(L::next(i)), pT->corner(L::prev(i)), pN->corner(L::prev(L::indexOf(pN, pVtx)))};
+    const double x = p->x() - pVtx->x();
+    const double y = p->y() - pVtx->y();
+    const std::size_t i = vLinks.size();
+    vLinks.push_back({p, x, y, x * x + y * y, pT, i == 0 ? noLink : i - 1, i + 1, noPower, 0});
 }
 
-void FanCutter::enter(std::size_t fan)
+void FanCutter::makeLinks(const std::vector<Triangle2*>& vFan, bool bClosed)
 {
-    if (fan == noPosition || vNext[fan] == noPosition) return;
-    vHeap.push_back({power(spokeBehind(fan)), fan, ++vStamp[fan]});
+    vLinks.clear();
+    vHeap.clear();
+    for (Triangle2* pT : vFan) {
+        addLink(pT->corner(L::next(L::indexOf(pT, pVtx))), pT);
+    }
+    if (bClosed) {
+        vLinks.front().previous = vLinks.size() - 1;
+        vLinks.back().next = 0;
+    } else {
+        Triangle2* const pLast = vFan.back();
+        addLink(pLast->corner(L::prev(L::indexOf(pLast, pVtx))), nullptr);
+        vLinks.back().next = noLink;
+    }
+    for (std::size_t i = 0; i < vLinks.size(); ++i) {
+        enter(i);
+    }
+}
+
+/// Computes the power of the ear at a neighbour anew, after its own neighbours have changed.
+void FanCutter::enter(std::size_t link)
+{
+    Link& b = vLinks[link];
+    if (b.previous == noLink || b.next == noLink) return;
+    b.power = power(b);
+    ++b.stamp;
+    if (!bUseHeap) return;
+    vHeap.push_back({b.power, link, b.stamp});
     std::push_heap(vHeap.begin(), vHeap.end(), LaterEar());
 }
 
-/// The squared tangent from the vertex to the ear's circle, negated: r^2 - |v - c|^2. Infinite where the ear turns right
-/// or can't be told; such an ear waits till the end, and the exact test decides.
-double FanCutter::power(const Spoke& s) const
+/// The squared tangent from the vertex to the ear's circle, negated: r^2 - |v - c|^2, as the quotient of the in-circle
+/// determinant and the ear's doubled area.
+double FanCutter::power(const Link& b) const
 {
-    const double ax = s.a->x() - pVtx->x(), ay = s.a->y() - pVtx->y();
-    const double bx = s.b->x() - pVtx->x(), by = s.b->y() - pVtx->y();
-    const double dx = s.d->x() - pVtx->x(), dy = s.d->y() - pVtx->y();
-    const double twiceArea = (bx - ax) * (dy - ay) - (by - ay) * (dx - ax);
-    const double inCircle = (ax * ax + ay * ay) * (bx * dy - by * dx) + (bx * bx + by * by) * (dx * ay - dy * ax) +
-                            (dx * dx + dy * dy) * (ax * by - ay * bx);
+    const Link& a = vLinks[b.previous];
+    const Link& d = vLinks[b.next];
+    const double twiceArea = (b.x - a.x) * (d.y - a.y) - (b.y - a.y) * (d.x - a.x);
+    const double inCircle =
+        a.lift * (b.x * d.y - b.y * d.x) + b.lift * (d.x * a.y - d.y * a.x) + d.lift * (a.x * b.y - a.y * b.x);
     const double result = inCircle / twiceArea;
-    return twiceArea > 0.0 && result == result ? result : std::numeric_limits<double>::infinity();
+    return twiceArea > 0.0 && result < lastPower ? result : lastPower;
 }
 
-bool FanCutter::cut(std::size_t fan)
+/// The neighbour whose ear is the next to be cut, or noLink. The ear is taken off the list.
+std::size_t FanCutter::takeNextEar()
 {
-    const Spoke s = spokeBehind(fan);
-    if (orbiTest.orientationInRange(s.a, s.d, pVtx) == ORIENTATION2_CW) return false;
-    if (orbiTest.orientationInRange(s.a, s.b, s.d) != ORIENTATION2_CCW) return false;
-    Triangle2* const pT = (*pFan)[fan];
-    flipDiagonal(pT, L::next(L::indexOf(pT, pVtx)));
-    const std::size_t next = vNext[fan];
-    const std::size_t previous = vPrevious[fan];
-    vPrevious[next] = previous;
-    if (previous != noPosition) vNext[previous] = next;
-    ++vStamp[fan];
+    std::size_t best = noLink;
+    if (bUseHeap) {
+        while (!vHeap.empty() && best == noLink) {
+            std::pop_heap(vHeap.begin(), vHeap.end(), LaterEar());
+            if (vHeap.back().stamp == vLinks[vHeap.back().link].stamp) best = vHeap.back().link;
+            vHeap.pop_back();
+        }
+        return best;
+    }
+    double bestPower = noPower;
+    for (std::size_t i = 0; i < vLinks.size(); ++i) {
+        if (vLinks[i].power < bestPower) {
+            best = i;
+            bestPower = vLinks[i].power;
+        }
+    }
+    if (best != noLink) vLinks[best].power = noPower;
+    return best;
+}
+
+bool FanCutter::cut(std::size_t link)
+{
+    Link& b = vLinks[link];
+    Link& a = vLinks[b.previous];
+    Link& d = vLinks[b.next];
+    if (orbiTest.orientationInRange(a.p, d.p, pVtx) == ORIENTATION2_CW) return false;
+    if (orbiTest.orientationInRange(a.p, b.p, d.p) != ORIENTATION2_CCW) return false;
+    // The flip leaves the triangle before the spoke as the ear, and the one behind it at the vertex.
+    flipDiagonal(a.pT, L::indexOf(a.pT, a.p));
+    a.pT = b.pT;
+    const std::size_t previous = b.previous;
+    const std::size_t next = b.next;
+    a.next = next;
+    d.previous = previous;
+    b.power = noPower;
+    ++b.stamp;
     enter(previous);
     enter(next);
     return true;

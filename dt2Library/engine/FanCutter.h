@@ -23,6 +23,9 @@ class FanCutter
 public:
     explicit FanCutter(const OrbiTest& orbiTest_) : orbiTest(orbiTest_) {}
 
+    /// Up to this degree the next ear is found by a scan instead of a heap.
+    static constexpr std::size_t maxScanned = 24;
+
     /// vFan: the triangles around the vertex, counterclockwise; bClosed when the last one meets the first. Cuts ears until
     /// numLeft triangles remain around the vertex or no ear can be cut. vFan then holds the remaining triangles,
     /// counterclockwise, and vCut receives those that left.
@@ -30,33 +33,36 @@ public:
              std::vector<Triangle2*>& vCut);
 
 private:
-    /// A spoke waiting to be flipped: the one behind the triangle at position fan, as it stood at the time of the stamp.
-    struct Ear
+    /// A neighbour of the vertex: its position and squared distance relative to the vertex, and the triangle between it
+    /// and the next neighbour. The neighbours form a ring, or a chain for an open fan.
+    struct Link
+    {
+        const Point2* p;
+        double x, y, lift;
+        Triangle2* pT;
+        std::size_t previous, next;
+        double power;   ///< of the ear at this neighbour; infinite when there is none
+        unsigned stamp; ///< counts the changes of power, so that old entries of the heap are known
+    };
+    struct HeapEntry
     {
         double power;
-        std::size_t fan;
+        std::size_t link;
         unsigned stamp;
     };
-    struct Spoke
-    {
-        const Point2* a;
-        const Point2* b;
-        const Point2* d;
-    };
 
-    void link(bool bClosed);
-    void enter(std::size_t fan);
-    bool cut(std::size_t fan);
-    Spoke spokeBehind(std::size_t fan) const;
-    double power(const Spoke& s) const;
+    void makeLinks(const std::vector<Triangle2*>& vFan, bool bClosed);
+    void addLink(const Point2* p, Triangle2* pT);
+    void enter(std::size_t link);
+    double power(const Link& b) const;
+    std::size_t takeNextEar();
+    bool cut(std::size_t link);
 
     const OrbiTest& orbiTest;
     const Point2* pVtx = nullptr;
-    std::vector<Triangle2*>* pFan = nullptr;
-    // A ring (or chain) of positions in the fan; no position for the ends of a chain.
-    std::vector<std::size_t> vNext, vPrevious;
-    std::vector<unsigned> vStamp;
-    std::vector<Ear> vHeap;
+    bool bUseHeap = false;
+    std::vector<Link> vLinks;
+    std::vector<HeapEntry> vHeap;
 };
 
 } // namespace ORBI_LUMO25D
