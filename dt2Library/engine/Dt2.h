@@ -212,7 +212,7 @@ private:
     // Dt2_queries.cpp
     HullEdge someHullEdge() const;
     HullEdge entryEdge(const Point2& src, const Point2& trg, HullEdge e, bool& bAtVertex) const;
-    bool pullInside(const HullEdge& e, Point2& p) const;
+    bool pullInside(const HullEdge& e, Point2& p);
 
     // Dt2_removal.cpp
     void removeInnerVertex(Point2* pVtx);

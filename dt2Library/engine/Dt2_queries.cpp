@@ -111,28 +111,43 @@ bool Dt2::getHeight(double x, double y, double& height, Triangle2* pApproxT, dou
 namespace
 {
 
-double sqDist2D(const Point2& a, const Point2& b)
+/// The vector from one point to another in the plane, (x, y) * 2^exponent with components of at most 1: products of two
+/// of them neither overflow nor vanish, whatever the coordinates.
+struct ScaledVector
 {
-    const double dx = a.x() - b.x();
-    const double dy = a.y() - b.y();
-    return dx * dx + dy * dy;
-}
+    ScaledVector(const Point2& from, const Point2& to)
+    {
+        const double half = std::max(from.getMaxAbs(), to.getMaxAbs()) > 1e300 ? 0.5 : 1.0;
+        x = to.x() * half - from.x() * half;
+        y = to.y() * half - from.y() * half;
+        std::frexp(std::max(std::fabs(x), std::fabs(y)), &exponent);
+        x = std::ldexp(x, -exponent);
+        y = std::ldexp(y, -exponent);
+        if (half < 1.0) ++exponent;
+    }
+    double x = 0.0, y = 0.0;
+    int exponent = 0;
+};
 
-/// Foot of the perpendicular from p on the line through a and b, with its height on the line.
-Point2 footOnLine(const Point2& p, const Point2& a, const Point2& b)
+/// Foot of the perpendicular from a point on an edge.
+struct Foot
 {
-    const double dx = b.x() - a.x();
-    const double dy = b.y() - a.y();
-    const double t = ((p.x() - a.x()) * dx + (p.y() - a.y()) * dy) / (dx * dx + dy * dy);
-    return Point2(a.x() + t * dx, a.y() + t * dy, a.z() + t * (b.z() - a.z()));
-}
-
-bool isFootOnEdge(const Point2& foot, const Point2& a, const Point2& b)
-{
-    if (foot == a || foot == b) return true;
-    const double sqLen = sqDist2D(a, b);
-    return sqDist2D(foot, a) <= sqLen && sqDist2D(foot, b) <= sqLen;
-}
+    Foot(const Point2& p, const Point2& a, const Point2& b)
+    {
+        const ScaledVector edge(a, b);
+        const ScaledVector toP(a, p);
+        const double sqLen = edge.x * edge.x + edge.y * edge.y;
+        const double t = std::ldexp((toP.x * edge.x + toP.y * edge.y) / sqLen, toP.exponent - edge.exponent);
+        // Where two edges meet in a straight line, rounding must not put the foot on neither of them.
+        const Point2 foot(a.x() + t * (b.x() - a.x()), a.y() + t * (b.y() - a.y()), 0.0);
+        bOnEdge = (t >= 0.0 && t <= 1.0) || foot == a || foot == b;
+        height = a.z() + t * (b.z() - a.z());
+        distance = std::ldexp(std::fabs(edge.x * toP.y - edge.y * toP.x) / std::sqrt(sqLen), toP.exponent);
+    }
+    bool bOnEdge = false;
+    double height = 0.0; ///< on the straight line between the ends
+    double distance = 0.0;
+};
 
 } // namespace
 
@@ -151,10 +166,10 @@ bool Dt2::getNearbyHeight(double x, double y, double& height, double tolerance)
     const auto tryEdge = [&](const HullEdge& e, bool& bResult) {
         const Point2& a = *e.pT->corner(L::next(e.ith));
         const Point2& b = *e.pT->corner(L::prev(e.ith));
-        const Point2 foot = footOnLine(p, a, b);
-        if (!isFootOnEdge(foot, a, b)) return false;
-        bResult = std::sqrt(sqDist2D(foot, p)) <= tolerance;
-        if (bResult) height = foot.z();
+        const Foot foot(p, a, b);
+        if (!foot.bOnEdge) return false;
+        bResult = foot.distance <= tolerance;
+        if (bResult) height = foot.height;
         return true;
     };
     bool bResult = false;
@@ -294,18 +309,23 @@ Dt2::HullEdge Dt2::entryEdge(const Point2& src, const Point2& trg, HullEdge e, b
 }
 
 /// Rounding may have put the point just outside of hull edge e: steps towards the far corner, doubled each time, bring it
-/// back. False when that doesn't help.
-bool Dt2::pullInside(const HullEdge& e, Point2& p) const
+/// back. Near an end of the edge it may then still be outside of the next one, which the far corner may lie on: so the
+/// last steps go towards the middle of the triangle. False when that doesn't help.
+bool Dt2::pullInside(const HullEdge& e, Point2& p)
 {
     const Point2* const a = e.pT->corner(L::next(e.ith));
     const Point2* const b = e.pT->corner(L::prev(e.ith));
-    const Point2 start(p);
-    const Vector2 toFarCorner = *e.pT->corner(e.ith) - start;
-    for (double step = 1e-15; orbiTest.orientationInRange(a, b, &p) == ORIENTATION2_CW; step *= 2.0) {
-        if (step >= 1.0) return false;
-        p = start + Vector2(toFarCorner.x() * step, toFarCorner.y() * step, 0.0);
-    }
-    return true;
+    const auto pull = [&p](const Point2& target, const auto& isOutside) {
+        const Point2 start(p);
+        const Vector2 way = target - start;
+        for (double step = 1e-15; isOutside(); step *= 2.0) {
+            if (step >= 1.0) return false;
+            p = start + Vector2(way.x() * step, way.y() * step, 0.0);
+        }
+        return true;
+    };
+    return pull(*e.pT->corner(e.ith), [&] { return orbiTest.orientationInRange(a, b, &p) == ORIENTATION2_CW; }) &&
+           pull(e.pT->getBarycenter(), [&] { return locateFrom(p, e.pT) == nullptr; });
 }
 
 Point2 Dt2::cutLineAtCH(const Point2& src, const Point2& trg, bool& bOK)

@@ -98,8 +98,9 @@ NearestOnHull QueryTwin::nearestOnHull(const Point2& p) const
         if (sideOf(*e.first, *e.second, p) >= 0) continue;
         const mpq_class ax(e.first->x()), ay(e.first->y());
         const mpq_class dx = mpq_class(e.second->x()) - ax, dy = mpq_class(e.second->y()) - ay;
-        const mpq_class t = ((px - ax) * dx + (py - ay) * dy) / (dx * dx + dy * dy);
-        if (abs(t) < almost || abs(t - 1) < almost) result.bAtCorner = true;
+        const mpq_class wx = px - ax, wy = py - ay, sqLen = dx * dx + dy * dy;
+        const mpq_class t = (wx * dx + wy * dy) / sqLen;
+        if (abs(t) < almost || abs(t - 1) < almost || wx * wx + wy * wy > sqLen * 1e16) result.bDoubtful = true;
         if (t < 0 || t > 1) continue;
         const mpq_class fx = ax + t * dx - px, fy = ay + t * dy - py;
         result.bOnEdge = true;

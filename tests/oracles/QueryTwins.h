@@ -22,7 +22,7 @@ mpq_class planeHeight(const ORBI_LUMO25D::Triangle2& t, const ORBI_LUMO25D::Poin
 struct NearestOnHull
 {
     bool bOnEdge = false;  ///< a foot of a perpendicular; else a corner that no perpendicular meets
-    bool bAtCorner = false; ///< the foot is an end of its edge, or so near to one that rounding may decide
+    bool bDoubtful = false; ///< a foot so near to an edge's end, or so far from the point, that rounding may decide
     mpq_class sqDistance;
     mpq_class height; ///< on the straight line between the edge's ends
 };

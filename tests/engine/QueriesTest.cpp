@@ -1,0 +1,377 @@
+#include "engine/Dt2.h"
+#include "oracles/Corpus.h"
+#include "oracles/ExactOracle.h"
+#include "oracles/MeshOracle.h"
+#include "oracles/QueryTwins.h"
+#include "support/TestOutput.h"
+
+#include "LumoException.h"
+#include "Lumo_2D.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+
+namespace
+{
+
+using namespace ORBI_LUMO25D;
+using lumo_test::CoutCapture;
+using oracles::QueryTwin;
+
+using Points = std::vector<Point2>;
+
+constexpr double untouched = -98765.0;
+constexpr double inf = std::numeric_limits<double>::infinity();
+
+/// Repeatable on every platform.
+class Dice
+{
+public:
+    explicit Dice(std::uint64_t seed) : engine(seed) {}
+    double real() { return static_cast<double>(engine() >> 11) * 0x1p-53; }
+    int below(int n) { return static_cast<int>(real() * n); }
+    template <class T>
+    const T& of(const std::vector<T>& v)
+    {
+        return v[static_cast<std::size_t>(below(static_cast<int>(v.size())))];
+    }
+
+private:
+    std::mt19937_64 engine;
+};
+
+/// A triangulation and its twin.
+class Subject
+{
+public:
+    explicit Subject(const Points& vPoints_) : vPoints(vPoints_), twin(insert(lumo, vPoints_, vT)) {}
+
+    void expectLocated(const Point2& p);
+    void expectHeight(const Point2& p, Triangle2* pApproxT);
+    void expectNearbyHeight(const Point2& p);
+    void expectCut(const Point2& src, const Point2& trg);
+    double roundingReach(const mpq_class& x, const mpq_class& y) const;
+    void expectHull() const;
+    void expectNeighbourhood(Point2* pVtx, Point2* pOther) const;
+    /// All of these at one position, with targets and hints drawn by the dice.
+    void expectAll(const Point2& p, Dice& dice);
+
+    const Points& vPoints;
+    Lumo_2D lumo;
+    std::vector<Triangle2*> vT;
+    const QueryTwin twin;
+
+private:
+    static QueryTwin insert(Lumo_2D& lumo, const Points& vPoints, std::vector<Triangle2*>& vT)
+    {
+        lumo.insert(vPoints);
+        lumo.getTrianglePointers(vT);
+        return QueryTwin(vT);
+    }
+};
+
+void Subject::expectLocated(const Point2& p)
+{
+    Triangle2* const pT = lumo.locate(p);
+    const std::vector<Triangle2*> vAt = twin.trianglesAt(p);
+    ASSERT_EQ(pT == nullptr, vAt.empty()) << p;
+    ASSERT_TRUE(pT == nullptr || std::find(vAt.begin(), vAt.end(), pT) != vAt.end()) << p << " isn't in " << *pT;
+}
+
+/// A bound of the error of interpolation in doubles on the triangle's plane: of both determinants, over the area. None
+/// where the slope or the sizes are such that the exact way has to be taken, but for one rounding.
+double heightTolerance(const Triangle2& t, const Point2& p)
+{
+    const Point2& o = *t.corner(0);
+    const double bx = t.corner(1)->x() - o.x(), by = t.corner(1)->y() - o.y(), bz = t.corner(1)->z() - o.z();
+    const double cx = t.corner(2)->x() - o.x(), cy = t.corner(2)->y() - o.y(), cz = t.corner(2)->z() - o.z();
+    const double px = p.x() - o.x(), py = p.y() - o.y();
+    const double area = std::fabs(bx * cy - by * cx);
+    const double zSize = std::max({std::fabs(o.z()), std::fabs(t.corner(1)->z()), std::fabs(t.corner(2)->z())});
+    const double rounding = 4e-16 * zSize;
+    const double normalXY = std::hypot(by * cz - bz * cy, bz * cx - bx * cz);
+    const bool bSteep = std::atan2(normalXY, area) * 180.0 / 3.14159265358979 > 89.95;
+    if (bSteep || !(area > 1e-290 && area < 1e290)) return rounding;
+    const double spread = std::fabs(bx * cy) + std::fabs(by * cx);
+    const double s = std::fabs(px * cy) + std::fabs(py * cx) + spread;
+    const double t1 = std::fabs(px * by) + std::fabs(py * bx) + spread;
+    return rounding + 2e-15 * (s * std::fabs(bz) + t1 * std::fabs(cz)) / area;
+}
+
+void Subject::expectHeight(const Point2& p, Triangle2* pApproxT)
+{
+    double height = untouched;
+    const bool bFound = lumo.getHeight(p.x(), p.y(), height, pApproxT);
+    const std::vector<Triangle2*> vAt = twin.trianglesAt(p);
+    ASSERT_EQ(bFound, !vAt.empty()) << p;
+    if (!bFound) {
+        ASSERT_EQ(height, untouched);
+        return;
+    }
+    double tolerance = 0.0;
+    bool bInRange = false;
+    for (const Triangle2* pT : vAt) {
+        tolerance = std::max(tolerance, heightTolerance(*pT, p));
+        const auto [low, high] = std::minmax({pT->corner(0)->z(), pT->corner(1)->z(), pT->corner(2)->z()});
+        bInRange = bInRange || (height >= low && height <= high);
+        if (low == high) {
+            ASSERT_EQ(height, low) << "flat at " << p;
+        }
+        for (int i = 0; i < 3; ++i) {
+            if (*pT->corner(i) == p) {
+                ASSERT_EQ(height, pT->corner(i)->z()) << "at corner " << p;
+            }
+        }
+    }
+    ASSERT_TRUE(bInRange) << height << " at " << p;
+    const mpq_class error = abs(mpq_class(height) - oracles::planeHeight(*vAt[0], p));
+    ASSERT_LE(error.get_d(), tolerance) << p << " in " << *vAt[0];
+}
+
+/// p lies outside of the hull.
+void Subject::expectNearbyHeight(const Point2& p)
+{
+    const oracles::NearestOnHull nearest = twin.nearestOnHull(p);
+    if (nearest.bDoubtful) return;
+    double height = untouched;
+    if (!nearest.bOnEdge) {
+        ASSERT_FALSE(lumo.getHeight(p.x(), p.y(), height, nullptr, 1e308)) << p;
+        ASSERT_EQ(height, untouched);
+        return;
+    }
+    ASSERT_TRUE(lumo.getHeight(p.x(), p.y(), height, nullptr, inf)) << p;
+    ASSERT_NEAR(height, nearest.height.get_d(), 1e-6 * (1.0 + std::fabs(height))) << p;
+    const double distance = mpf_class(sqrt(mpf_class(nearest.sqDistance, 128))).get_d();
+    // Nearer to an edge than rounding lets tell, or beyond the doubles, there is nothing to compare.
+    if (!(distance > 1e-9 * std::max(p.getMaxAbs(), 1e-290) && distance < 1e307)) return;
+    ASSERT_TRUE(lumo.getHeight(p.x(), p.y(), height, nullptr, distance * (1.0 + 1e-6))) << p << " at " << distance;
+    ASSERT_FALSE(lumo.getHeight(p.x(), p.y(), height, nullptr, distance * (1.0 - 1e-6))) << p << " at " << distance;
+}
+
+/// How far a crossing at this place of the border has to move, in lengths of the triangle there, so that it gains a few
+/// steps of the doubles in height over the border: 1 and more in needles that hold no position but their corners.
+double Subject::roundingReach(const mpq_class& x, const mpq_class& y) const
+{
+    double reach = 0.0;
+    for (const QueryTwin::BorderEdge& e : twin.border()) {
+        const mpq_class ax(e.first->x()), ay(e.first->y());
+        const mpq_class dx = mpq_class(e.second->x()) - ax, dy = mpq_class(e.second->y()) - ay;
+        if (dx * (y - ay) != dy * (x - ax)) continue;
+        const Triangle2& t = *twin.triangleLeftOf(e.first, e.second);
+        const mpq_class twiceArea = oracles::orientationDet(*t.corner(0), *t.corner(1), *t.corner(2));
+        const mpq_class step = 2e-15 * std::max(e.first->getMaxAbs(), e.second->getMaxAbs());
+        const mpq_class sqRatio = step * step * (dx * dx + dy * dy) / (twiceArea * twiceArea);
+        reach = std::max(reach, std::sqrt(sqRatio.get_d()));
+    }
+    return reach;
+}
+
+/// src lies outside of the hull.
+void Subject::expectCut(const Point2& src, const Point2& trg)
+{
+    bool bOK = false;
+    const Point2 cut = lumo.getImpl()->cutLineAtCH(src, trg, bOK);
+    mpq_class x, y;
+    const bool bMeets = twin.entry(src, trg, x, y);
+    ASSERT_TRUE(bOK == bMeets || (bMeets && roundingReach(x, y) > 0.5)) << src << " to " << trg;
+    if (!bOK) return;
+    ASSERT_TRUE(twin.isInHull(cut)) << cut << " from " << src << " to " << trg;
+    const Bbox2 box = lumo.computeBoundingBox();
+    const double size = std::max({std::fabs(box.getMinCoord()), std::fabs(box.getMaxCoord()), 1e-290});
+    const mpq_class error = std::max<mpq_class>(abs(mpq_class(cut.x()) - x), abs(mpq_class(cut.y()) - y));
+    if (error <= 1e-14 * size) return;
+    ASSERT_LE(error.get_d(), 2.0 * roundingReach(x, y) * std::min(box.getMaxRange(), size))
+        << cut << " from " << src << " to " << trg;
+}
+
+void Subject::expectHull() const
+{
+    for (const bool bAllVertices : {true, false}) {
+        std::vector<Point2*> vHull(1, nullptr); // what was there stays in front
+        lumo.getConvexHull(bAllVertices, vHull);
+        const Points vExpected = oracles::convexHull(vPoints, bAllVertices);
+        ASSERT_EQ(vHull.size(), vExpected.size() + 1);
+        for (std::size_t i = 0; i < vExpected.size(); ++i) {
+            ASSERT_EQ(*vHull[i + 1], vExpected[i]) << bAllVertices;
+        }
+    }
+}
+
+void Subject::expectNeighbourhood(Point2* pVtx, Point2* pOther) const
+{
+    std::vector<Triangle2*> vAround;
+    lumo.getIncidentTriangles(pVtx, vAround);
+    std::sort(vAround.begin(), vAround.end(), std::less<Triangle2*>());
+    ASSERT_EQ(vAround, twin.trianglesAround(pVtx));
+    std::vector<Point2*> vNeighbours;
+    lumo.getIncidentVertices(pVtx, vNeighbours);
+    ASSERT_EQ(vNeighbours, twin.neighboursOf(pVtx));
+    vNeighbours.push_back(pOther);
+    for (Point2* p : vNeighbours) {
+        if (p == pVtx) continue;
+        ASSERT_EQ(lumo.getAdjacentTriangle(pVtx, p), twin.triangleLeftOf(pVtx, p));
+        ASSERT_EQ(lumo.getAdjacentTriangle(p, pVtx), twin.triangleLeftOf(p, pVtx));
+    }
+}
+
+void Subject::expectAll(const Point2& p, Dice& dice)
+{
+    expectLocated(p);
+    expectHeight(p, nullptr);
+    expectHeight(p, dice.of(vT));
+    if (twin.isInHull(p)) return;
+    expectNearbyHeight(p);
+    const Point2& a = dice.of(vPoints);
+    const Point2& b = dice.of(vPoints);
+    expectCut(p, a);
+    expectCut(p, Point2(0.5 * a.x() + 0.5 * b.x(), 0.5 * a.y() + 0.5 * b.y(), 0.0));
+    const Point2 beyond(a.x() + (a.x() - p.x()), a.y() + (a.y() - p.y()), 0.0);
+    if (std::isfinite(beyond.getMaxAbs())) expectCut(p, beyond);
+}
+
+/// Positions that decide: at and beside vertices, on edges, on the hull's edges and on their lines, far outside.
+Points positionsFor(const Subject& s, Dice& dice, int numEach)
+{
+    Points v = {{1e300, -1e300, 0}, {-3.0, 1e300, 0}, {-1.7e308, -1.7e308, 0}, {0.0, -0.0, 0}};
+    const double box[4] = {s.lumo.computeBoundingBox().get_minX(), s.lumo.computeBoundingBox().get_minY(),
+                           s.lumo.computeBoundingBox().get_maxX(), s.lumo.computeBoundingBox().get_maxY()};
+    for (int k = 0; k < numEach; ++k) {
+        const Point2& p = dice.of(s.vPoints);
+        v.push_back(p);
+        v.emplace_back(std::nextafter(p.x(), dice.below(2) == 0 ? -inf : inf), p.y(), 0.0);
+        const double u = 1.4 * dice.real() - 0.2, w = 1.4 * dice.real() - 0.2;
+        v.emplace_back((1.0 - u) * box[0] + u * box[2], (1.0 - w) * box[1] + w * box[3], 0.0);
+        const Triangle2& t = *dice.of(s.vT);
+        const int i = dice.below(3);
+        const Point2 &a = *t.corner(i), &b = *t.corner((i + 1) % 3);
+        v.emplace_back(0.5 * a.x() + 0.5 * b.x(), 0.5 * a.y() + 0.5 * b.y(), 0.0);
+        const QueryTwin::BorderEdge& e = dice.of(s.twin.border());
+        const double dx = e.second->x() - e.first->x(), dy = e.second->y() - e.first->y();
+        for (const double f : {0.5, -1.0, 2.0}) {
+            v.emplace_back(e.first->x() + f * dx, e.first->y() + f * dy, 0.0);
+        }
+        v.emplace_back(e.first->x() + u * dx + w * dy, e.first->y() + u * dy - w * dx, 0.0);
+    }
+    v.erase(std::remove_if(v.begin(), v.end(), [](const Point2& p) { return !std::isfinite(p.getMaxAbs()); }), v.end());
+    return v;
+}
+
+TEST(Queries, answersDifferFromNaiveTwinsOnTheCorpus)
+{
+    std::uint64_t seed = 2024;
+    for (const oracles::CorpusEntry& entry : oracles::corpus(150)) {
+        const oracles::FailureKeeper keeper(entry);
+        Subject subject(entry.vPoints);
+        if (subject.vT.empty()) continue;
+        Dice dice(++seed);
+        subject.expectHull();
+        for (const Point2& p : positionsFor(subject, dice, 3)) {
+            SCOPED_TRACE("seed " + std::to_string(seed));
+            subject.expectAll(p, dice);
+            if (HasFatalFailure()) return;
+        }
+        std::vector<Point2*> vVertices;
+        subject.lumo.getVertexPointers(vVertices);
+        for (int k = 0; k < 10; ++k) {
+            subject.expectNeighbourhood(dice.of(vVertices), dice.of(vVertices));
+        }
+    }
+}
+
+TEST(Queries, answersDifferFromNaiveTwinsOnSmallGridsFullOfDegeneracies)
+{
+    for (std::uint64_t seed = 1; seed <= 2000; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Dice dice(seed);
+        const int size = 3 + dice.below(4);
+        const double zSize = seed % 3 == 0 ? 1e6 : (seed % 3 == 1 ? 1.0 : 0.0); // steep, ordinary, flat
+        Points vPoints;
+        for (int i = 3 + dice.below(12); i > 0; --i) {
+            const double x = dice.below(size);
+            vPoints.emplace_back(x, dice.below(size), zSize * dice.below(5));
+        }
+        Subject subject(vPoints);
+        if (subject.vT.empty()) continue;
+        subject.expectHull();
+        std::vector<Point2*> vVertices;
+        subject.lumo.getVertexPointers(vVertices);
+        subject.expectNeighbourhood(dice.of(vVertices), dice.of(vVertices));
+        for (int k = 0; k < 12; ++k) {
+            const double x = 0.5 * (dice.below(2 * size + 4) - 2);
+            subject.expectAll(Point2(x, 0.5 * (dice.below(2 * size + 4) - 2), 0.0), dice);
+        }
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(Queries, positionsThatAreNoNumbersOrWithoutAreaGiveNothingAndChangeNothing)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    Lumo_2D empty, line, area;
+    std::vector<Point2*> vWaiting;
+    line.insert({{0, 0, 1}, {1, 1, 1}, {2, 2, 1}, {3, 3, 1}}, vWaiting);
+    area.insert({{0, 0, 1}, {4, 0, 1}, {4, 4, 1}, {0, 4, 1}});
+    for (Lumo_2D* pLumo : {&empty, &line, &area}) {
+        for (const Point2& p : Points{{nan, 1, 0}, {1, nan, 0}, {inf, 1, 0}, {1, -inf, 0}, {1, 1, nan}}) {
+            double height = untouched;
+            const bool bInside = pLumo == &area && std::isfinite(p.getMaxAbs()) && p.x() == 1.0 && p.y() == 1.0;
+            EXPECT_EQ(pLumo->locate(p) != nullptr, bInside);
+            EXPECT_EQ(pLumo->getHeight(p.x(), p.y(), height, nullptr, inf), bInside);
+            EXPECT_EQ(height, bInside ? 1.0 : untouched);
+        }
+        EXPECT_TRUE(pLumo->checkValidity(true, "after queries"));
+    }
+    double height = untouched;
+    EXPECT_FALSE(line.getHeight(1.0, 1.0, height, nullptr, 1.0)) << "without area there is no surface";
+    CoutCapture out;
+    std::vector<Point2*> vHull;
+    std::vector<Triangle2*> vT;
+    line.getConvexHull(true, vHull);
+    line.getTrianglePointers(vT);
+    EXPECT_TRUE(vHull.empty() && vT.empty());
+    EXPECT_NE(out.take().find("the triangulation has no area yet"), std::string::npos);
+    EXPECT_THROW(line.getIncidentTriangles(vWaiting[0], vT), LumoException);
+    EXPECT_THROW(line.getAdjacentTriangle(vWaiting[0], vWaiting[1]), LumoException);
+}
+
+TEST(Queries, aWalkOfThousandsOfStepsLosesItsWay)
+{
+    // Two long rows of points: every walk from end to end crosses all of the strip.
+    Points vPoints;
+    for (int i = 0; i < 4000; ++i) {
+        vPoints.emplace_back(i, 0.0, i);
+        vPoints.emplace_back(i + 0.5, 0.001, i);
+    }
+    Subject subject(vPoints);
+    std::vector<Triangle2*> vEnds;
+    for (const Point2& p : {Point2(0.25, 0.0003, 0), Point2(3999.2, 0.0007, 0)}) {
+        vEnds.push_back(subject.lumo.locate(p));
+    }
+    for (Triangle2* pStart : vEnds) {
+        for (const double x : {0.25, 1999.9, 3999.2}) {
+            subject.expectHeight(Point2(x, 0.0005, 0.0), pStart);
+            subject.expectHeight(Point2(x, 0.0, 0.0), pStart);
+            subject.expectHeight(Point2(x, 0.002, 0.0), pStart);
+        }
+    }
+}
+
+TEST(Queries, heightOutsideTheHullIgnoresTheTolerance)
+{
+    Lumo_2D lumo;
+    lumo.insert({{0, 0, 0}, {10, 0, 20}, {10, 10, 20}, {0, 10, 0}});
+    double height = untouched;
+    EXPECT_FALSE(lumo.getHeight(5.0, -1.0, height));
+    EXPECT_FALSE(lumo.getHeight(5.0, -1.0, height, nullptr, 0.99));
+    EXPECT_FALSE(lumo.getHeight(-1.0, -1.0, height, nullptr, 1e9)) << "no perpendicular meets the hull there";
+    EXPECT_EQ(height, untouched);
+    EXPECT_TRUE(lumo.getHeight(5.0, -1.0, height, nullptr, 1.0));
+    EXPECT_EQ(height, 10.0);
+}
+
+} // namespace
