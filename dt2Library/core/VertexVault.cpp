@@ -279,6 +279,30 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
     LUMO_CHECK(false, "false");
 }
 
+Triangle2* VertexVault::getCloseTriangle(const Point2& p) const
+{
+    // A step of the walk costs two looks at memory, one after the other; these few come all at once.
+    constexpr std::size_t reach = 3;
+    const std::uint32_t idx = pDt2->hilbertCurve.getIndex(p);
+    if (numSorted == 0) return getCloseTriangle(idx);
+    const std::size_t pos = lowerBound(idx);
+    const std::size_t first = pos < reach ? 0 : pos - reach;
+    const std::size_t last = std::min(pos + reach, numSorted);
+    const Point2* pNearest = nullptr;
+    double sqNearest = std::numeric_limits<double>::infinity();
+    for (std::size_t i = first; i < last; ++i) {
+        const Point2* const pVtx = vItems[i].pVtx;
+        const double dx = pVtx->x() - p.x();
+        const double dy = pVtx->y() - p.y();
+        const double sqDist = dx * dx + dy * dy;
+        const bool bNearer = vItems[i].bActive && sqDist < sqNearest;
+        pNearest = bNearer ? pVtx : pNearest;
+        sqNearest = bNearer ? sqDist : sqNearest;
+    }
+    Triangle2* const pT = pNearest == nullptr ? nullptr : pNearest->getIncidentTriangle();
+    return pT == nullptr ? getCloseTriangle(idx) : pT;
+}
+
 /// Among the items behind the sorted part, the one whose index is nearest.
 Triangle2* VertexVault::triangleFromTail(std::uint32_t idx) const
 {

@@ -64,6 +64,8 @@ public:
 
     /// A triangle whose vertex lies near the curve position; never null. Without area: a failed condition.
     Triangle2* getCloseTriangle(std::uint32_t idx) const;
+    /// The same for a position: of the vertices next to it on the curve, the nearest in the plane is taken.
+    Triangle2* getCloseTriangle(const Point2& p) const;
     /// Three vertices, counterclockwise, that are not collinear: the first active one, the first that differs, and the
     /// first off their line, in item order. False when there are none.
     bool getThreeInitialPoints(Point2*& p0, Point2*& p1, Point2*& p2);

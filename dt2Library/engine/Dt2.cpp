@@ -129,7 +129,7 @@ Point2* Dt2::insert(const Point2& p)
     std::uint32_t idx = 0;
     Point2* pVtx = newVertex(p, idx);
     Point2* const pNew = pVtx;
-    Triangle2* const pHint = vertexVault.getCloseTriangle(idx);
+    Triangle2* const pHint = vertexVault.getCloseTriangle(p);
     vertexVault.addVertex(idx, pVtx);
     insertOneVertex(&pVtx, pHint);
     if (!vertexVault.dupIsClean()) return vertexVault.treatOneDupGetHandle(pNew);

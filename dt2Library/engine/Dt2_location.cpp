@@ -218,6 +218,9 @@ int Dt2::locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdg
     }
     const bool bClearStart = start.isBeyond() || start.isInside();
     for (unsigned steps = 0; bClearStart && steps < maxStraightSteps; ++steps) {
+        // One of these two is most likely next: ask for both while w is on its way.
+        __builtin_prefetch(pT->neighbor(L::next(e)));
+        __builtin_prefetch(pT->neighbor(L::prev(e)));
         const Point2* const pW = pT->corner(e);
         const double wx = pW->x() - px, wy = pW->y() - py;
         // The edges opposite u and v, both before the first is decided upon: the second costs nothing while the first is
@@ -260,7 +263,7 @@ Triangle2* Dt2::locate(const Point2& p)
 {
     // The working box holds the hull. The test also keeps the filter's bound from growing with every odd query.
     if (!bFullDimensional || !bbox.isInBox(p)) return nullptr;
-    return locateFrom(p, vertexVault.getCloseTriangle(hilbertCurve.getIndex(p)));
+    return locateFrom(p, vertexVault.getCloseTriangle(p));
 }
 
 Triangle2* Dt2::locateFrom(const Point2& p, Triangle2* pT)
