@@ -153,6 +153,19 @@ std::size_t ValidityCheck::walkBorder(const Triangle2* pStart, int ith)
 
 // ---- vault ----------------------------------------------------------------------------------------------------------
 
+namespace
+{
+
+/// What is known of a vertex of the pool.
+enum Mark : char
+{
+    UNSEEN,
+    CORNER, ///< of an alive triangle
+    ITEM    ///< that, and of an active item
+};
+
+} // namespace
+
 bool ValidityCheck::checkVault()
 {
     const std::size_t before = numViolations;
@@ -161,22 +174,42 @@ bool ValidityCheck::checkVault()
         if (!vT.empty() || dt2.numberOfTriangles() != 0) report("vault", "triangles without area");
         return numViolations == before;
     }
-    std::vector<char> vIsCorner(dt2.poolVertices.size(), 0);
-    std::size_t numCorners = 0;
+    std::vector<char> vMarks(dt2.poolVertices.size(), UNSEEN);
     for (const Triangle2* pT : vT) {
         for (int i = 0; i < 3; ++i) {
-            if (!dt2.poolVertices.contains(pT->corner(i))) {
+            if (dt2.poolVertices.contains(pT->corner(i))) {
+                vMarks[dt2.poolVertices.indexOf(pT->corner(i))] = CORNER;
+            } else {
                 report("vault", "a corner is no vertex of this triangulation", pT);
-                continue;
             }
-            char& mark = vIsCorner[dt2.poolVertices.indexOf(pT->corner(i))];
-            numCorners += mark == 0 ? 1U : 0U;
-            mark = 1;
         }
     }
-    // Active vertices all have a triangle around them (the vault's own check), so that counting is enough.
-    if (numCorners != dt2.vertexVault.numActive()) report("vault", "mesh and vault hold different vertices");
+    checkItems(vMarks);
     return numViolations == before;
+}
+
+/// Active items and corners are paired, one to one.
+void ValidityCheck::checkItems(std::vector<char>& vMarks)
+{
+    const auto reportVertex = [this](const char* what, const Point2* pVtx) {
+        std::ostringstream text;
+        text << what << ": " << *pVtx;
+        report("vault", text.str());
+    };
+    for (const IdxVtxAct* pItem = dt2.vertexVault.begin(); pItem != dt2.vertexVault.end(); ++pItem) {
+        if (!pItem->bActive) continue;
+        if (!dt2.poolVertices.contains(pItem->pVtx)) {
+            report("vault", "an item's vertex is none of this triangulation");
+            continue;
+        }
+        char& mark = vMarks[dt2.poolVertices.indexOf(pItem->pVtx)];
+        if (mark == UNSEEN) reportVertex("an active vertex is no corner", pItem->pVtx);
+        if (mark == ITEM) reportVertex("two items hold one vertex", pItem->pVtx);
+        mark = ITEM;
+    }
+    for (std::size_t i = 0; i < vMarks.size(); ++i) {
+        if (vMarks[i] == CORNER) reportVertex("a corner has no active item", dt2.poolVertices.at(i));
+    }
 }
 
 // ---- empty circles --------------------------------------------------------------------------------------------------

@@ -43,6 +43,7 @@ private:
     bool isAlive(const Triangle2* pT) const;
     bool checkNeighbor(const Triangle2* pT, int i);
     std::size_t walkBorder(const Triangle2* pStart, int ith);
+    void checkItems(std::vector<char>& vMarks);
 
     const Dt2& dt2;
     std::vector<Triangle2*> vT;
