@@ -8,6 +8,7 @@
 #include "support/messages.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <limits>
 #include <set>
@@ -639,11 +640,32 @@ void VertexVault::dropPointsWithoutTriangle()
 
 // ---- the fake box ---------------------------------------------------------------------------------------------------
 
+namespace
+{
+
+/// Moves each bound to the next double; enlargeRanges() lets the predicates know.
+void stepOutwards(Bbox2& box)
+{
+    constexpr double limit = std::numeric_limits<double>::max();
+    box.setMinX(std::nextafter(box.get_minX(), -limit));
+    box.setMinY(std::nextafter(box.get_minY(), -limit));
+    box.setMaxX(std::nextafter(box.get_maxX(), limit));
+    box.setMaxY(std::nextafter(box.get_maxY(), limit));
+    box.enlargeRanges(1.0);
+}
+
+} // namespace
+
 bool VertexVault::createFakeBox(const Bbox2& box)
 {
     Bbox2 outer(box);
     outer.inflateIfDegenerate(1.0);
     outer.enlargeRanges(1.01);
+    // A box of a few steps of the doubles does not grow by a hundredth.
+    if (outer.get_minX() == box.get_minX() || outer.get_minY() == box.get_minY() ||
+        outer.get_maxX() == box.get_maxX() || outer.get_maxY() == box.get_maxY()) {
+        stepOutwards(outer);
+    }
     // At the end of the doubles the box could not keep its distance from the points.
     constexpr double limit = std::numeric_limits<double>::max();
     if (outer.get_minX() == -limit || outer.get_minY() == -limit || outer.get_maxX() == limit ||
