@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <limits>
+#include <locale>
 
 namespace ORBI_LUMO25D
 {
@@ -13,6 +14,7 @@ ObjWriter::ObjWriter(const std::string& filename) : name(filename), stream(filen
         return;
     }
     std::cout << "writing " << name << '\n';
+    stream.imbue(std::locale::classic()); // the program's own may have decimal commas
     stream.precision(std::numeric_limits<double>::max_digits10);
     stream << "# Written by Lumo2D";
 }
