@@ -1,0 +1,260 @@
+#include "Lumo_2D.h"
+
+#include "engine/Dt2.h"
+#include "oracles/MeshOracle.h"
+#include "support/TestOutput.h"
+
+#include "LumoException.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <thread>
+
+namespace
+{
+
+using namespace ORBI_LUMO25D;
+using lumo_test::CoutCapture;
+using lumo_test::readFile;
+using lumo_test::TempWorkDir;
+
+using Points = std::vector<Point2>;
+
+const Points square = {{0, 0, 1}, {4, 0, 2}, {4, 4, 3}, {0, 4, 4}, {1, 2, 5}};
+
+struct Listener : public MsgBase
+{
+    void update(MsgType, const char* s, double d) override { text += std::string(s) + "=" + std::to_string(d) + ";"; }
+    std::string text;
+};
+
+bool isSound(const Lumo_2D& lumo, const Points& vPoints)
+{
+    std::vector<Triangle2*> vT;
+    lumo.getTrianglePointers(vT);
+    return oracles::isDelaunay(vT, vPoints) && lumo.checkValidity(true, "facade") &&
+           lumo.numberOfPoints() == oracles::distinctPoints(vPoints).size();
+}
+
+Points cloud(int n, std::uint64_t seed)
+{
+    Points v;
+    for (int i = 0; i < n; ++i) {
+        seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
+        const double x = static_cast<double>(seed >> 40);
+        seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
+        v.emplace_back(x, static_cast<double>(seed >> 40), i);
+    }
+    return v;
+}
+
+TEST(Lumo_2DTest, badArraysAndCountsCrashOrInsertSomething)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    Lumo_2D lumo;
+    double aCoords[] = {0, 0, 1, nan, 0, 0, 4, 0, 2, 0, 4, 3, 0, 0, 9};
+    Point2* aHandles[5] = {};
+    CoutCapture out;
+    lumo.insert(-1, aCoords, aHandles);
+    EXPECT_NE(out.take().find("ERROR"), std::string::npos);
+    lumo.insert(3, nullptr, aHandles);
+    EXPECT_NE(out.take().find("ERROR"), std::string::npos);
+    lumo.insert(0, nullptr, nullptr);
+    lumo.insert(0, aCoords, aHandles);
+    EXPECT_EQ(out.take(), "");
+    EXPECT_EQ(lumo.numberOfPoints(), 0U);
+    EXPECT_EQ(aHandles[0], nullptr);
+    lumo.insert(5, aCoords, aHandles);
+    EXPECT_NE(out.take().find("1 point(s) refused"), std::string::npos);
+    EXPECT_EQ(aHandles[1], nullptr);
+    EXPECT_EQ(aHandles[4], aHandles[0]);
+    EXPECT_EQ(aHandles[4]->z(), 1.0);
+    lumo.insert(5, aCoords, nullptr);
+    EXPECT_TRUE(isSound(lumo, {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}));
+    Lumo_2D huge(0);
+    EXPECT_EQ(huge.insert(square[0])->getCustomIndex(), -1);
+}
+
+TEST(Lumo_2DTest, emptyInputIsReportedOtherwise)
+{
+    Lumo_2D lumo;
+    Listener listener;
+    lumo.subscribe(MSG_PROGRESS, &listener);
+    lumo.subscribe(MSG_PROGRESS, &listener);
+    std::vector<Point2*> vHandles(3, nullptr);
+    lumo.insert(Points(), vHandles);
+    EXPECT_EQ(listener.text, "insertVector=1.000000;");
+    EXPECT_TRUE(vHandles.empty());
+    listener.text.clear();
+    lumo.insert(square);
+    EXPECT_EQ(listener.text.substr(listener.text.rfind('=', listener.text.size() - 2)), "=1.000000;");
+    EXPECT_EQ(listener.text.rfind("insert vertices=", 0), 0U);
+    lumo.unsubscribe(MSG_PROGRESS, &listener);
+    lumo.unsubscribe(MSG_PROGRESS, &listener);
+    listener.text.clear();
+    lumo.insert(square);
+    EXPECT_EQ(listener.text, "");
+    CoutCapture out;
+    lumo.subscribe(MSG_PROGRESS, nullptr);
+    EXPECT_NE(out.take(), "");
+}
+
+TEST(Lumo_2DTest, settingsGiveOtherValuesThanTheyShould)
+{
+    Lumo_2D lumo;
+    EXPECT_EQ(lumo.getImpl()->numCPU, 1);
+    const int numHardware = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    for (const auto& [asked, given] : {std::pair<int, int>(7, 7), {0, numHardware}, {-3, 1}, {1, 1}}) {
+        EXPECT_EQ(lumo.setNumCPU(asked), given);
+        EXPECT_EQ(lumo.getImpl()->numCPU, given);
+    }
+    lumo.enableMultithreading();
+    EXPECT_EQ(lumo.getImpl()->numCPU, numHardware);
+
+    EXPECT_STREQ(lumo.getName(), "");
+    lumo.setName("surface");
+    EXPECT_STREQ(lumo.getName(), "surface");
+    lumo.setName(nullptr);
+    EXPECT_STREQ(lumo.getName(), "");
+
+    lumo.setDev("key", 3, 0.5);
+    lumo.setDev("key", 4, 1.5);
+    lumo.setDev(nullptr, 1, 2.0);
+    EXPECT_EQ(lumo.getImpl()->mDev.at("key"), (std::pair<int, double>(4, 1.5)));
+    EXPECT_EQ(lumo.getImpl()->mDev.size(), 2U);
+
+    CoutCapture out;
+    lumo.internal(-7, -1000, nullptr);
+    lumo.internal(-7, -2000, "x");
+    EXPECT_EQ(out.take(), "internal debug is disbled in your version\ninternal debug is disbled in your version\n");
+    lumo.internal(-7, -1500, nullptr);
+    lumo.internal(7, -1000, nullptr);
+    EXPECT_EQ(out.take(), "");
+}
+
+TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
+{
+    const TempWorkDir directory; // failed conditions leave a log file
+    Lumo_2D lumo, other, empty;
+    std::vector<Point2*> v, w;
+    lumo.insert(square, v);
+    other.insert(square, w);
+    Triangle2 plainTriangle;
+    Point2 plain(1, 2, 3);
+    CoutCapture out;
+    EXPECT_THROW(lumo.getAdjacentTriangle(nullptr, v[0]), LumoException);
+    EXPECT_THROW(lumo.getAdjacentTriangle(v[0], nullptr), LumoException);
+    EXPECT_THROW(lumo.getAdjacentTriangle(v[0], v[0]), LumoException);
+    lumo.remove(v[3]);
+    std::vector<Triangle2*> vT;
+    std::vector<Point2*> vVtx;
+    for (Point2* p : {static_cast<Point2*>(nullptr), &plain, w[0], v[3]}) {
+        out.take();
+        lumo.getIncidentTriangles(p, vT);
+        EXPECT_NE(out.take().find("vertex does not belong to the triangulation, return"), std::string::npos);
+        lumo.getIncidentVertices(p, vVtx);
+        EXPECT_NE(out.take().find("vertex does not belong to the triangulation, return"), std::string::npos);
+        if (p != nullptr) {
+            EXPECT_EQ(lumo.getAdjacentTriangle(p, v[0]), nullptr);
+            EXPECT_EQ(lumo.getAdjacentTriangle(v[0], p), nullptr);
+        }
+    }
+    EXPECT_TRUE(vT.empty() && vVtx.empty());
+    // A triangle of another triangulation, a dead one or a plain one is no place to begin a search at.
+    for (Triangle2* pT : {&plainTriangle, other.locate(plain), reinterpret_cast<Triangle2*>(v[0])}) {
+        double height = 0.0;
+        EXPECT_TRUE(lumo.getHeight(1.0, 2.0, height, pT));
+        EXPECT_EQ(height, 5.0);
+    }
+    lumo.show(nullptr);
+    EXPECT_NE(out.take().find("no visualizer given"), std::string::npos);
+    EXPECT_FALSE(lumo.writeObj(nullptr));
+    EXPECT_TRUE(lumo.checkValidity(true, nullptr));
+    EXPECT_TRUE(empty.checkValidity(true, nullptr));
+    empty.statistics(nullptr);
+    lumo.statistics(nullptr);
+    empty.getVertexPointers(vVtx);
+    EXPECT_TRUE(vVtx.empty());
+    EXPECT_FALSE(empty.computeBoundingBox().isValid());
+    EXPECT_EQ(empty.getOrientation({0, 0, 0}, {1, 0, 0}, {0, 1, 0}), ORIENTATION2_CCW);
+    EXPECT_TRUE(isSound(other, square));
+}
+
+TEST(Lumo_2DTest, measuringTouchesTheTriangulation)
+{
+    Lumo_2D lumo;
+    lumo.insert(square);
+    Listener listener;
+    lumo.subscribe(MSG_PROGRESS, &listener);
+    CoutCapture out;
+    EXPECT_GT(lumo.measureTriangulationTime(cloud(2000, 3)), 0.0);
+    EXPECT_GE(lumo.measureTriangulationTime({}), 0.0);
+    EXPECT_EQ(out.take(), "");
+    EXPECT_EQ(listener.text, "");
+    EXPECT_TRUE(isSound(lumo, square));
+}
+
+TEST(Lumo_2DTest, statisticsCountWrong)
+{
+    Lumo_2D lumo;
+    lumo.insert(square);
+    CoutCapture out;
+    lumo.statistics("a title");
+    const std::string text = out.take();
+    // A square of side 4 with a vertex 1 from its left side, in the middle of the height.
+    for (const char* part :
+         {"a title", "vertices: 5\n", "triangles: 4\n", "edges: 8, on the hull: 4\n", "heights: min 1, mean 3, max 5\n",
+          "degrees: min 3, mean 3.2, max 4\n", "max 126.87\n", "areas (2D): min 2, mean 4, max 6\n"}) {
+        EXPECT_NE(text.find(part), std::string::npos) << part << text;
+    }
+}
+
+TEST(Lumo_2DTest, drawingsLackEdges)
+{
+    const TempWorkDir directory;
+    const CoutCapture out;
+    Lumo_2D lumo, waiting;
+    lumo.insert(square);
+    lumo.show("lumo.ps");
+    waiting.insert({{0, 0, 0}, {1, 1, 0}});
+    waiting.show("waiting.ps");
+    const std::string page = readFile("lumo.ps");
+    std::size_t numLines = 0;
+    for (std::size_t at = page.find("lineto"); at != std::string::npos; at = page.find("lineto", at + 1)) {
+        ++numLines;
+    }
+    EXPECT_EQ(numLines, 8U) << "each edge once";
+    EXPECT_FALSE(readFile("waiting.ps").empty());
+}
+
+TEST(Lumo_2DTest, twoTriangulationsInTwoThreadsDisturbEachOther)
+{
+    const Points vPoints[2] = {cloud(3000, 1), cloud(3000, 2)};
+    bool bValid[2] = {false, false};
+    double height[2] = {0.0, 0.0};
+    const auto work = [&](int i) {
+        Lumo_2D lumo;
+        lumo.setNumCPU(1 + i);
+        std::vector<Point2*> vHandles;
+        lumo.insert(vPoints[i], vHandles);
+        for (std::size_t k = 0; k < 500; ++k) {
+            lumo.remove(vHandles[k]);
+        }
+        lumo.measureTriangulationTime(square);
+        for (std::size_t k = 500; k < vPoints[i].size(); ++k) {
+            double h = 0.0;
+            if (lumo.getHeight(vPoints[i][k].x(), vPoints[i][k].y(), h)) height[i] += h - vHandles[k]->z();
+        }
+        bValid[i] = lumo.checkValidity(true, "thread") && lumo.numberOfPoints() == 2500;
+    };
+    std::thread first(work, 0), second(work, 1);
+    first.join();
+    second.join();
+    for (const int i : {0, 1}) {
+        EXPECT_TRUE(bValid[i]);
+        EXPECT_EQ(height[i], 0.0);
+    }
+}
+
+} // namespace
