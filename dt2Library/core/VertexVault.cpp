@@ -626,7 +626,9 @@ void VertexVault::setInactive(Point2* pVtx)
     pVtx->setIncidentTriangle(nullptr);
     deactivate(vItems[vertexPos]);
     areaChanged();
-    if (!bFullDimensional) sortIfNeeded(false);
+    // Without area all items are kept in order. Where they are already, a gap more doesn't hurt that, and sorting after
+    // every one of many removals would cost the square of their number.
+    if (!bFullDimensional) sortIfNeeded(numSorted == vItems.size());
 }
 
 void VertexVault::dropPointsWithoutTriangle()

@@ -208,6 +208,22 @@ TEST(Removal, waitingPointsThatLeftComeBackWithTheFirstTriangle)
     expectSound(lumo, vLeft);
 }
 
+TEST(Removal, manyWaitingPointsCostTheSquareOfTheirNumber)
+{
+    Points vLine;
+    for (int i = 0; i < 50000; ++i) {
+        vLine.emplace_back((i * 41) % 50021, 0.0, i);
+    }
+    Lumo_2D lumo;
+    const Handles vHandles = insertAll(lumo, vLine);
+    for (std::size_t i = 5; i < vHandles.size(); ++i) {
+        lumo.remove(vHandles[i]);
+    }
+    expectSound(lumo, Points(vLine.begin(), vLine.begin() + 5));
+    lumo.insert(Point2(1, 1, 1));
+    EXPECT_EQ(lumo.numberOfTriangles(), 4U);
+}
+
 TEST(Removal, halfOfTheVerticesGoneDiffersFromTheTriangulationOfTheOthers)
 {
     // Random doubles are in general position: there is one Delaunay triangulation only.
