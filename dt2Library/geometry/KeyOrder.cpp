@@ -9,15 +9,16 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-constexpr unsigned digitBits = 11;
-constexpr unsigned numDigits = 3; // 33 bits
+constexpr unsigned numDigits = 3;
+constexpr unsigned digitBits = KeyedPosition::keyBits / numDigits;
+static_assert(digitBits * numDigits == KeyedPosition::keyBits);
 constexpr std::size_t numBuckets = std::size_t(1) << digitBits;
 /// Below, the buckets would cost more than the comparisons.
 constexpr std::size_t shortestRadixSort = 1024;
 
 std::size_t digit(std::uint32_t key, unsigned i)
 {
-    return (std::uint64_t(key) >> (i * digitBits)) & (numBuckets - 1);
+    return (key >> (i * digitBits)) & (numBuckets - 1);
 }
 
 } // namespace
@@ -26,12 +27,12 @@ void sortByKey(KeyedPosition* pItems, KeyedPosition* pScratch, std::size_t n)
 {
     if (n < shortestRadixSort) {
         std::stable_sort(pItems, pItems + n,
-                         [](const KeyedPosition& a, const KeyedPosition& b) { return a.key < b.key; });
+                         [](const KeyedPosition& a, const KeyedPosition& b) { return a.key() < b.key(); });
         return;
     }
     std::array<std::array<std::size_t, numBuckets>, numDigits> aaStart{};
     for (std::size_t i = 0; i < n; ++i) {
-        for (unsigned d = 0; d < numDigits; ++d) ++aaStart[d][digit(pItems[i].key, d)];
+        for (unsigned d = 0; d < numDigits; ++d) ++aaStart[d][digit(pItems[i].key(), d)];
     }
     KeyedPosition* pFrom = pItems;
     KeyedPosition* pTo = pScratch;
@@ -42,7 +43,7 @@ void sortByKey(KeyedPosition* pItems, KeyedPosition* pScratch, std::size_t n)
             entry = start;
             start += count;
         }
-        for (std::size_t i = 0; i < n; ++i) pTo[aaStart[d][digit(pFrom[i].key, d)]++] = pFrom[i];
+        for (std::size_t i = 0; i < n; ++i) pTo[aaStart[d][digit(pFrom[i].key(), d)]++] = pFrom[i];
         std::swap(pFrom, pTo);
     }
     if (pFrom != pItems) std::copy(pFrom, pFrom + n, pItems);

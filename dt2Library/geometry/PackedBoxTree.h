@@ -2,13 +2,17 @@
 #define LUMO25D_GEOMETRY_PACKEDBOXTREE_H
 
 #include "geometry/KeyOrder.h"
-
 #include "geometry/midCoordinate.h"
+#include "support/check.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace ORBI_LUMO25D
 {
@@ -22,12 +26,10 @@ struct BoxN
 
     bool intersects(const BoxN& other) const
     {
-        // Not short-circuited: in a tree's node the outcome of each comparison is next to random.
-        bool b = true;
         for (std::size_t d = 0; d < Dim; ++d) {
-            b &= (lo[d] <= other.hi[d]) & (other.lo[d] <= hi[d]);
+            if (lo[d] > other.hi[d] || other.lo[d] > hi[d]) return false;
         }
-        return b;
+        return true;
     }
     void add(const BoxN& other)
     {
@@ -45,6 +47,74 @@ struct BoxN
             sum += outside * outside;
         }
         return sum;
+    }
+    /// The box of nothing: it meets no box, and add() makes it a copy.
+    static BoxN nothing()
+    {
+        BoxN box;
+        std::fill(box.lo, box.lo + Dim, std::numeric_limits<double>::infinity());
+        std::fill(box.hi, box.hi + Dim, -std::numeric_limits<double>::infinity());
+        return box;
+    }
+};
+
+/// A node: the boxes of its children, bound by bound, so that several are compared at once. In places without a child,
+/// which are the last ones, the bounds are no numbers: they meet nothing, not even a box without bounds.
+template <std::size_t Dim>
+struct alignas(64) BoxNode
+{
+    static constexpr std::size_t fanOut = 8;
+
+    double lo[Dim][fanOut];
+    double hi[Dim][fanOut];
+
+    void set(std::size_t i, const BoxN<Dim>& box)
+    {
+        for (std::size_t d = 0; d < Dim; ++d) {
+            lo[d][i] = box.lo[d];
+            hi[d][i] = box.hi[d];
+        }
+    }
+    void setEmpty(std::size_t i)
+    {
+        for (std::size_t d = 0; d < Dim; ++d) lo[d][i] = hi[d][i] = std::numeric_limits<double>::quiet_NaN();
+    }
+    bool isEmpty(std::size_t i) const { return !(lo[0][i] <= hi[0][i]); }
+    BoxN<Dim> get(std::size_t i) const
+    {
+        BoxN<Dim> box;
+        for (std::size_t d = 0; d < Dim; ++d) {
+            box.lo[d] = lo[d][i];
+            box.hi[d] = hi[d][i];
+        }
+        return box;
+    }
+
+    /// Bit i: child i's box shares a point with q. Without a branch, because in a node each comparison's outcome is next
+    /// to random.
+    unsigned hits(const BoxN<Dim>& q) const
+    {
+        unsigned mask = 0;
+#if defined(__SSE2__)
+        for (unsigned i = 0; i < fanOut; i += 2) {
+            __m128d both = _mm_cmple_pd(_mm_load_pd(&lo[0][i]), _mm_set1_pd(q.hi[0]));
+            both = _mm_and_pd(both, _mm_cmpge_pd(_mm_load_pd(&hi[0][i]), _mm_set1_pd(q.lo[0])));
+            for (std::size_t d = 1; d < Dim; ++d) {
+                both = _mm_and_pd(both, _mm_cmple_pd(_mm_load_pd(&lo[d][i]), _mm_set1_pd(q.hi[d])));
+                both = _mm_and_pd(both, _mm_cmpge_pd(_mm_load_pd(&hi[d][i]), _mm_set1_pd(q.lo[d])));
+            }
+            mask |= static_cast<unsigned>(_mm_movemask_pd(both)) << i;
+        }
+#else
+        for (unsigned i = 0; i < fanOut; ++i) {
+            unsigned bit = 1;
+            for (std::size_t d = 0; d < Dim; ++d) {
+                bit &= unsigned(lo[d][i] <= q.hi[d]) & unsigned(hi[d][i] >= q.lo[d]);
+            }
+            mask |= bit << i;
+        }
+#endif
+        return mask;
     }
 };
 
@@ -64,16 +134,13 @@ public:
 
     void add(std::size_t index, const Box& box)
     {
-        if (bBuilt) {
-            vBoxes.resize(vIndices.size());
-            bBuilt = false;
-        }
+        if (bBuilt) unpack();
         vBoxes.push_back(box);
         vIndices.push_back(index);
     }
     void reserve(std::size_t n)
     {
-        vBoxes.reserve(n + n / (fanOut - 1) + 64); // inner levels included
+        vBoxes.reserve(n);
         vIndices.reserve(n);
     }
 
@@ -87,13 +154,11 @@ public:
     template <class MakeCurve>
     void build(const MakeCurve& makeCurve);
 
-    /// Calls f(number) for each box that shares a point with q; when built. Independent of the order of add() but for the
-    /// order of the calls.
+    /// Calls f(number) for each box that shares a point with q; when built. Always in the same order.
     template <class F>
     void forEachIntersecting(const Box& q, const F& f) const
     {
-        if (vIndices.empty()) return;
-        visit(vLevels.size() - 1, 0, vLevels.back().count, q, f);
+        if (!vNodes.empty()) visit(vLevels.size() - 1, 0, q, f);
     }
 
     /// The number whose distance from p is smallest, the smallest one on ties, among those not further than
@@ -104,7 +169,7 @@ public:
                      double& sqDistance) const
     {
         Closest<Distance> closest{p, distanceOf, maxSqDistance, 0, false};
-        if (!vIndices.empty()) approach(vLevels.size() - 1, 0, vLevels.back().count, closest);
+        if (!vNodes.empty()) approach(vLevels.size() - 1, 0, closest);
         if (!closest.bFound) return false;
         index = closest.index;
         sqDistance = closest.sqDistance;
@@ -112,13 +177,9 @@ public:
     }
 
 private:
-    static constexpr std::size_t fanOut = 16;
+    using Node = BoxNode<Dim>;
+    static constexpr std::size_t fanOut = Node::fanOut;
 
-    struct Level
-    {
-        std::size_t begin; ///< in vBoxes
-        std::size_t count;
-    };
     template <class Distance>
     struct Closest
     {
@@ -130,23 +191,20 @@ private:
     };
 
     template <class F>
-    void visit(std::size_t level, std::size_t first, std::size_t last, const Box& q, const F& f) const
+    void visit(std::size_t level, std::size_t i, const Box& q, const F& f) const
     {
-        const Box* const pBoxes = vBoxes.data() + vLevels[level].begin;
-        if (level == 0) {
-            for (std::size_t i = first; i < last; ++i) {
-                if (pBoxes[i].intersects(q)) f(vIndices[i]);
+        for (unsigned mask = vNodes[vLevels[level] + i].hits(q); mask != 0; mask &= mask - 1) {
+            const std::size_t child = i * fanOut + static_cast<unsigned>(__builtin_ctz(mask));
+            if (level == 0) {
+                f(vIndices[child]);
+            } else {
+                visit(level - 1, child, q, f);
             }
-            return;
-        }
-        const std::size_t numBelow = vLevels[level - 1].count;
-        for (std::size_t i = first; i < last; ++i) {
-            if (pBoxes[i].intersects(q)) visit(level - 1, i * fanOut, std::min((i + 1) * fanOut, numBelow), q, f);
         }
     }
 
     template <class Distance>
-    void approach(std::size_t level, std::size_t first, std::size_t last, Closest<Distance>& closest) const;
+    void approach(std::size_t level, std::size_t i, Closest<Distance>& closest) const;
     void centreOf(std::size_t position, double (&c)[Dim]) const
     {
         const Box& box = vBoxes[position];
@@ -155,11 +213,13 @@ private:
     Box extentOfCentres(const KeyedPosition* pItems, std::size_t n) const;
     template <class MakeCurve>
     void order(KeyedPosition* pItems, KeyedPosition* pScratch, std::size_t n, const MakeCurve& makeCurve) const;
-    void stackLevels();
+    void stackNodes(const std::vector<KeyedPosition>& vOrder);
+    void unpack();
 
-    std::vector<Box> vBoxes; ///< those added, and when built, those of the levels above
-    std::vector<std::size_t> vIndices;
-    std::vector<Level> vLevels;
+    std::vector<Box> vBoxes;           ///< of the numbers in vIndices; empty when built
+    std::vector<std::size_t> vIndices; ///< as added; when built, as the lowest level's children
+    std::vector<Node> vNodes;          ///< level by level from the lowest one; the last one is the root
+    std::vector<std::size_t> vLevels;  ///< where each begins in vNodes
     bool bBuilt = false;
 };
 
@@ -169,34 +229,29 @@ void PackedBoxTree<Dim>::build(const MakeCurve& makeCurve)
 {
     if (bBuilt) return;
     const std::size_t n = vIndices.size();
+    LUMO_CHECK(n < KeyedPosition::maxPositions, "n<KeyedPosition::maxPositions");
     std::vector<KeyedPosition> vOrder(n);
-    std::vector<KeyedPosition> vScratch(n);
-    for (std::size_t i = 0; i < n; ++i) vOrder[i].position = i;
-    order(vOrder.data(), vScratch.data(), n, makeCurve);
-
-    std::vector<Box> vSortedBoxes;
-    vSortedBoxes.reserve(n + n / (fanOut - 1) + 64);
+    {
+        std::vector<KeyedPosition> vScratch(n);
+        for (std::size_t i = 0; i < n; ++i) vOrder[i] = KeyedPosition(0, i);
+        order(vOrder.data(), vScratch.data(), n, makeCurve);
+    }
+    stackNodes(vOrder);
     std::vector<std::size_t> vSortedIndices;
     vSortedIndices.reserve(n);
-    for (const KeyedPosition& item : vOrder) {
-        vSortedBoxes.push_back(vBoxes[item.position]);
-        vSortedIndices.push_back(vIndices[item.position]);
-    }
-    vBoxes.swap(vSortedBoxes);
+    for (const KeyedPosition& item : vOrder) vSortedIndices.push_back(vIndices[item.position()]);
     vIndices.swap(vSortedIndices);
-    stackLevels();
+    vBoxes = std::vector<Box>();
     bBuilt = true;
 }
 
 template <std::size_t Dim>
 BoxN<Dim> PackedBoxTree<Dim>::extentOfCentres(const KeyedPosition* pItems, std::size_t n) const
 {
-    Box extent;
-    std::fill(extent.lo, extent.lo + Dim, std::numeric_limits<double>::max());
-    std::fill(extent.hi, extent.hi + Dim, std::numeric_limits<double>::lowest());
+    Box extent = Box::nothing();
     for (std::size_t i = 0; i < n; ++i) {
         Box centre;
-        centreOf(pItems[i].position, centre.lo);
+        centreOf(pItems[i].position(), centre.lo);
         std::copy(centre.lo, centre.lo + Dim, centre.hi);
         extent.add(centre);
     }
@@ -214,39 +269,68 @@ void PackedBoxTree<Dim>::order(KeyedPosition* pItems, KeyedPosition* pScratch, s
     const auto curve = makeCurve(extent);
     for (std::size_t i = 0; i < n; ++i) {
         double centre[Dim];
-        centreOf(pItems[i].position, centre);
-        pItems[i].key = curve(centre);
+        centreOf(pItems[i].position(), centre);
+        pItems[i] = KeyedPosition(curve(centre), pItems[i].position());
     }
     sortByKey(pItems, pScratch, n);
     // Each level of refinement takes the extent down by a cell's size, so the depth is bounded by the exponents of
     // doubles over the bits of a cell. A stretch that no curve divides stays as it is.
     for (std::size_t begin = 0; begin < n;) {
         std::size_t end = begin + 1;
-        while (end < n && pItems[end].key == pItems[begin].key) ++end;
+        while (end < n && pItems[end].key() == pItems[begin].key()) ++end;
         if (end - begin < n) order(pItems + begin, pScratch, end - begin, makeCurve);
         begin = end;
     }
 }
 
 template <std::size_t Dim>
-void PackedBoxTree<Dim>::stackLevels()
+void PackedBoxTree<Dim>::stackNodes(const std::vector<KeyedPosition>& vOrder)
 {
-    vLevels.assign(1, {0, vIndices.size()});
-    while (vLevels.back().count > fanOut) {
-        const Level below = vLevels.back();
-        vLevels.push_back({vBoxes.size(), (below.count + fanOut - 1) / fanOut});
-        for (std::size_t i = 0; i < below.count; i += fanOut) {
-            Box box = vBoxes[below.begin + i];
-            for (std::size_t j = i + 1; j < std::min(i + fanOut, below.count); ++j) box.add(vBoxes[below.begin + j]);
-            vBoxes.push_back(box);
+    vLevels.clear();
+    vNodes.clear();
+    std::size_t numChildren = vOrder.size();
+    vNodes.reserve(numChildren / (fanOut - 1) + 64);
+    std::vector<Box> vBoxesOfNodes;
+    for (bool bLowest = true; bLowest ? numChildren > 0 : numChildren > 1; bLowest = false) {
+        vLevels.push_back(vNodes.size());
+        for (std::size_t begin = 0; begin < numChildren; begin += fanOut) {
+            Node node;
+            Box boxOfNode = Box::nothing();
+            for (std::size_t i = 0; i < fanOut; ++i) {
+                if (begin + i >= numChildren) {
+                    node.setEmpty(i);
+                    continue;
+                }
+                const Box& box = bLowest ? vBoxes[vOrder[begin + i].position()] : vBoxesOfNodes[begin + i];
+                node.set(i, box);
+                boxOfNode.add(box);
+            }
+            vNodes.push_back(node);
+            // In place: nodes are fewer than children, and those up to here are done with.
+            if (bLowest) {
+                vBoxesOfNodes.push_back(boxOfNode);
+            } else {
+                vBoxesOfNodes[begin / fanOut] = boxOfNode;
+            }
         }
+        numChildren = (numChildren + fanOut - 1) / fanOut;
     }
+}
+
+/// Takes the boxes back out of the lowest level.
+template <std::size_t Dim>
+void PackedBoxTree<Dim>::unpack()
+{
+    vBoxes.reserve(vIndices.size() + 1);
+    for (std::size_t i = 0; i < vIndices.size(); ++i) vBoxes.push_back(vNodes[i / fanOut].get(i % fanOut));
+    vNodes.clear();
+    vLevels.clear();
+    bBuilt = false;
 }
 
 template <std::size_t Dim>
 template <class Distance>
-void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t first, std::size_t last,
-                                  Closest<Distance>& closest) const
+void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest<Distance>& closest) const
 {
     // Children in the order of their distances, so that the bound is small before the others are looked at.
     struct Child
@@ -256,20 +340,20 @@ void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t first, std::siz
     };
     Child aChildren[fanOut];
     std::size_t numChildren = 0;
-    for (std::size_t i = first; i < last; ++i) {
-        const double sqDistance = vBoxes[vLevels[level].begin + i].sqDistance(closest.p);
+    const Node& node = vNodes[vLevels[level] + i];
+    for (std::size_t j = 0; j < fanOut && !node.isEmpty(j); ++j) {
+        const double sqDistance = node.get(j).sqDistance(closest.p);
         if (!(sqDistance <= closest.sqDistance)) continue;
-        std::size_t j = numChildren++;
-        for (; j > 0 && aChildren[j - 1].sqDistance > sqDistance; --j) aChildren[j] = aChildren[j - 1];
-        aChildren[j] = {sqDistance, i};
+        std::size_t k = numChildren++;
+        for (; k > 0 && aChildren[k - 1].sqDistance > sqDistance; --k) aChildren[k] = aChildren[k - 1];
+        aChildren[k] = {sqDistance, i * fanOut + j};
     }
     for (std::size_t k = 0; k < numChildren && aChildren[k].sqDistance <= closest.sqDistance; ++k) {
-        const std::size_t i = aChildren[k].i;
         if (level > 0) {
-            approach(level - 1, i * fanOut, std::min((i + 1) * fanOut, vLevels[level - 1].count), closest);
+            approach(level - 1, aChildren[k].i, closest);
             continue;
         }
-        const std::size_t index = vIndices[i];
+        const std::size_t index = vIndices[aChildren[k].i];
         const double sqDistance = closest.distanceOf(index, aChildren[k].sqDistance);
         const bool bCloser = sqDistance < closest.sqDistance ||
                              (sqDistance == closest.sqDistance && (!closest.bFound || index < closest.index));

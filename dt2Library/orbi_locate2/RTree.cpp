@@ -36,7 +36,8 @@ void RTree::build() const
 {
     tree.build([](const ORBI_LUMO25D::BoxN<2>& extent) {
         const ORBI_LUMO25D::HilbertCurve2 curve(extent.lo[0], extent.lo[1], beyond(extent.lo[0], extent.hi[0]),
-                                                beyond(extent.lo[1], extent.hi[1]), 32);
+                                                beyond(extent.lo[1], extent.hi[1]),
+                                                ORBI_LUMO25D::KeyedPosition::keyBits);
         return [curve](const double(&p)[2]) { return curve.index(p[0], p[1]); };
     });
 }

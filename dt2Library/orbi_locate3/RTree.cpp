@@ -36,7 +36,7 @@ void RTree::build() const
         double size = 0.0;
         for (std::size_t d = 0; d < 3; ++d) size = std::max(size, 0.5 * extent.hi[d] - 0.5 * extent.lo[d]);
         const double x = 0.5 * extent.lo[0], y = 0.5 * extent.lo[1], z = 0.5 * extent.lo[2];
-        const ORBI_LUMO25D::GSS_HC3 curve(0.0, 0.0, 0.0, size, size, size, 30);
+        const ORBI_LUMO25D::GSS_HC3 curve(0.0, 0.0, 0.0, size, size, size, ORBI_LUMO25D::KeyedPosition::keyBits);
         return [curve, x, y, z](const double(&p)[3]) {
             return curve.getIndex(0.5 * p[0] - x, 0.5 * p[1] - y, 0.5 * p[2] - z);
         };
