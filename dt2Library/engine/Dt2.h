@@ -1,11 +1,11 @@
 #ifndef LUMO25D_ENGINE_DT2_H
 #define LUMO25D_ENGINE_DT2_H
 
+#include "core/FanCutter.h"
 #include "core/HC2.h"
 #include "core/SimplePool.h"
+#include "core/StarRepair.h"
 #include "core/VertexVault.h"
-#include "engine/FanCutter.h"
-#include "engine/StarRepair.h"
 #include "geometry/OrbiTest.h"
 #include "support/Progress.h"
 
@@ -82,6 +82,14 @@ public:
     void bfsFlipIncident(Point2* pVtx);
 
     // Mesh operations
+
+    /// n blank slots in a row for a worker; thread-safe. Each must be constructed, or go back by handBackTriangles().
+    Triangle2* getFreshTriangles(std::size_t n);
+    void handBackTriangles(Triangle2* pFirst, Triangle2* pLast);
+    /// A repair with this engine's filter settings and an empty work list.
+    StarRepair emptyStarRepair() const;
+    /// Whether q lies strictly inside the circumcircle; in fast mode, as far as the filter can tell.
+    bool isInCircle(const Triangle2* pT, const Point2* q) const;
 
     Triangle2* getNewTriangle();
     Triangle2* getNewTriangle(Point2* pA, Point2* pB, Point2* pC);
@@ -196,7 +204,6 @@ private:
 
     // Dt2_insertion.cpp
     void runStarRepair(const Point2* pVtx);
-    bool isInCircle(const Triangle2* pT, const Point2* q) const;
     Triangle2* triangulateCoplanarOrDuplicate(Point2** ppVtx, Triangle2* pT, int state);
     Triangle2* insertVertexCH(Point2* pVtx, Triangle2* pT, int ith);
     void collectVisible(const Point2* pVtx, Triangle2* pT, int ith);

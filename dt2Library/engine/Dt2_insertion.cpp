@@ -4,6 +4,7 @@
 
 #include "engine/Dt2.h"
 
+#include "core/InserterMT.h"
 #include "core/MeshSurgery.h"
 #include "support/check.h"
 #include "support/messages.h"
@@ -20,6 +21,8 @@ namespace
 {
 /// Runs of at most this length are inserted in plain order.
 constexpr std::ptrdiff_t maxPlainRun = 15;
+/// Shorter ranges are not worth the threads.
+constexpr std::ptrdiff_t minParallelRange = 1000;
 } // namespace
 
 // ---- triangles ------------------------------------------------------------------------------------------------------
@@ -37,6 +40,27 @@ Triangle2* Dt2::getNewTriangle(Point2* pA, Point2* pB, Point2* pC)
     Triangle2* const pT = getNewTriangle();
     pT->setProperties(pA, pB, pC);
     return pT;
+}
+
+Triangle2* Dt2::getFreshTriangles(std::size_t n)
+{
+    const std::lock_guard<std::mutex> lock(mtxTriangles);
+    return poolTriangles.allocRange(n);
+}
+
+void Dt2::handBackTriangles(Triangle2* pFirst, Triangle2* pLast)
+{
+    const std::lock_guard<std::mutex> lock(mtxDead);
+    for (Triangle2* pT = pFirst; pT != pLast; ++pT) {
+        vDeadTriangles.push_back(new (pT) Triangle2());
+    }
+}
+
+StarRepair Dt2::emptyStarRepair() const
+{
+    StarRepair repair(starRepair);
+    repair.clear();
+    return repair;
 }
 
 void Dt2::flip(Triangle2* pT, int ith)
@@ -82,7 +106,11 @@ bool Dt2::createFullDimTriangle(std::size_t numPreExisting)
 
 void Dt2::triangulateRange(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint)
 {
-    triangulateRec(pFirst, pLast, pHint);
+    if (numCPU > 1 && pLast - pFirst >= minParallelRange && vertexVault.hasFakeBox()) {
+        InserterMT(this).go(pFirst, pLast, pHint);
+    } else {
+        triangulateRec(pFirst, pLast, pHint);
+    }
 }
 
 Triangle2* Dt2::triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint)

@@ -292,7 +292,7 @@ TEST(Insertion, fastModeLeavesAValidMesh)
 /// Breaks off after some reports.
 struct Interrupter : public MsgBase
 {
-    int numLeft = 40;
+    int numLeft = 5;
     void update(MsgType, const char*, double) override
     {
         if (--numLeft == 0) throw std::runtime_error("stop");

@@ -1,5 +1,5 @@
-#ifndef LUMO25D_ENGINE_STARREPAIR_H
-#define LUMO25D_ENGINE_STARREPAIR_H
+#ifndef LUMO25D_CORE_STARREPAIR_H
+#define LUMO25D_CORE_STARREPAIR_H
 
 #include "geometry/TriangleLinks.h"
 
@@ -43,6 +43,9 @@ public:
     {
         if (inCircleFactor < 1.0) inCircleFactor = bFast ? 3.33e-15 : 1.12e-15;
     }
+
+    /// Drops the work list.
+    void clear() { depth = 0; }
 
     void begin(const Point2* pVtx)
     {

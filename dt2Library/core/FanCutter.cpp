@@ -1,4 +1,4 @@
-#include "engine/FanCutter.h"
+#include "core/FanCutter.h"
 
 #include "core/MeshSurgery.h"
 #include "geometry/OrbiTest.h"

@@ -1,5 +1,5 @@
-#ifndef LUMO25D_ENGINE_FANCUTTER_H
-#define LUMO25D_ENGINE_FANCUTTER_H
+#ifndef LUMO25D_CORE_FANCUTTER_H
+#define LUMO25D_CORE_FANCUTTER_H
 
 #include <cstddef>
 #include <vector>
