@@ -264,10 +264,15 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
     LUMO_CHECK(bFullDimensional, "bFullDimensional");
     if (numSorted != 0) {
         const std::size_t pos = lowerBound(idx);
-        for (std::size_t i = pos; i < numSorted; ++i) {
-            if (Triangle2* const pT = triangleAround(i)) return pT;
+        // Removals may have switched off long stretches of the curve: probe at doubling distances before scanning.
+        if (Triangle2* const pT = triangleAround(pos)) return pT;
+        for (std::size_t distance = 1; distance < numSorted; distance *= 2) {
+            Triangle2* const pBehind = pos + distance < numSorted ? triangleAround(pos + distance) : nullptr;
+            if (pBehind != nullptr) return pBehind;
+            Triangle2* const pBefore = distance <= pos ? triangleAround(pos - distance) : nullptr;
+            if (pBefore != nullptr) return pBefore;
         }
-        for (std::size_t i = pos; i-- > 0;) {
+        for (std::size_t i = 0; i < numSorted; ++i) {
             if (Triangle2* const pT = triangleAround(i)) return pT;
         }
     }

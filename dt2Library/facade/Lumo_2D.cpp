@@ -75,15 +75,22 @@ Point2* Lumo_2D::insert(const Point2& p)
 namespace
 {
 
-/// Inserts the points that are finite; false when all of them are, and nothing was done.
-bool insertFiniteOnly(Dt2& dt2, const std::vector<Point2>& vPoints, std::vector<Point2*>* pHandles)
+/// Copies the points that are finite; false when all of them are, and nothing was done.
+bool copyFiniteOnly(const std::vector<Point2>& vPoints, std::vector<Point2>& vAccepted)
 {
-    std::vector<Point2> vAccepted;
-    const auto isAccepted = [&vPoints](std::size_t i) { return isFinite(vPoints[i]); };
     if (std::all_of(vPoints.begin(), vPoints.end(), [](const Point2& p) { return isFinite(p); })) return false;
     std::copy_if(vPoints.begin(), vPoints.end(), std::back_inserter(vAccepted),
                  [](const Point2& p) { return isFinite(p); });
     reportRefused(vPoints.size() - vAccepted.size());
+    return true;
+}
+
+/// Inserts the points that are finite; false when all of them are, and nothing was done.
+bool insertFiniteOnly(Dt2& dt2, const std::vector<Point2>& vPoints, std::vector<Point2*>* pHandles)
+{
+    std::vector<Point2> vAccepted;
+    if (!copyFiniteOnly(vPoints, vAccepted)) return false;
+    const auto isAccepted = [&vPoints](std::size_t i) { return isFinite(vPoints[i]); };
     std::vector<Point2*> vAcceptedHandles;
     dt2.insertVector(vAccepted, pHandles == nullptr ? nullptr : &vAcceptedHandles);
     if (pHandles != nullptr) {
@@ -225,7 +232,9 @@ Bbox2 Lumo_2D::computeBoundingBox() const
 
 double Lumo_2D::measureTriangulationTime(const std::vector<Point2>& vPoints) const
 {
-    return pImpl->measureTriangulationTime(vPoints);
+    std::vector<Point2> vAccepted;
+    if (!copyFiniteOnly(vPoints, vAccepted)) return pImpl->measureTriangulationTime(vPoints);
+    return pImpl->measureTriangulationTime(vAccepted);
 }
 
 bool Lumo_2D::getHeight(double x, double y, double& height, Triangle2* pApproxT, double tolerance) const

@@ -92,7 +92,11 @@ public:
     std::vector<bool> run()
     {
         if (data.pProgress) data.pProgress->start("getIllegalSegments", data.vSegments.size());
-        for (const std::size_t i : data.pRTree->inSpatialOrder()) {
+        const std::vector<std::size_t>& vOrder = data.pRTree->inSpatialOrder();
+        for (std::size_t k = 0; k < vOrder.size(); ++k) {
+            // Segments lie in the caller's order, all over memory; those that come soon are asked for in time.
+            if (k + ahead < vOrder.size()) prefetch(data.vSegments[vOrder[k + ahead]]);
+            const std::size_t i = vOrder[k];
             if (!vMarks[i].bIllegal) search(i);
             if (data.pProgress) data.pProgress->step(1);
         }
@@ -103,6 +107,14 @@ public:
     }
 
 private:
+    static constexpr std::size_t ahead = 12;
+
+    static void prefetch(const Segment2* pSegment)
+    {
+        __builtin_prefetch(&pSegment->src);
+        __builtin_prefetch(&pSegment->trg);
+    }
+
     struct Mark
     {
         bool bIllegal = false;

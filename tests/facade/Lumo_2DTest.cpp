@@ -192,6 +192,9 @@ TEST(Lumo_2DTest, measuringTouchesTheTriangulation)
     EXPECT_GE(lumo.measureTriangulationTime({}), 0.0);
     EXPECT_EQ(out.take(), "");
     EXPECT_EQ(listener.text, "");
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_GE(lumo.measureTriangulationTime({{0, 0, 0}, {nan, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0.2, nan, 0}}), 0.0);
+    EXPECT_NE(out.take().find("2 point(s) refused"), std::string::npos);
     EXPECT_TRUE(isSound(lumo, square));
 }
 
