@@ -47,6 +47,16 @@ struct Cube
         for (unsigned d = 0; d < 3; ++d) cube.centre[d] = centre[d] + ((i >> d & 1U) != 0 ? cube.half : -cube.half);
         return cube;
     }
+    /// Doubled towards p until it holds it; this cube is an octant of an octant ... of the result.
+    Cube grownTo(const double (&p)[3]) const
+    {
+        Cube cube = *this;
+        while (!cube.contains(p)) {
+            for (unsigned d = 0; d < 3; ++d) cube.centre[d] += p[d] >= cube.centre[d] ? cube.half : -cube.half;
+            cube.half *= 2.0;
+        }
+        return cube;
+    }
     bool contains(const double (&p)[3]) const
     {
         return std::fabs(p[0] - centre[0]) <= half && std::fabs(p[1] - centre[1]) <= half &&
@@ -54,7 +64,8 @@ struct Cube
     }
 };
 
-/// A leaf has items, an inner node has children; both have a box once they have points.
+/// A leaf has items, an inner node has children; both have a box. A child's cube may be much smaller than its octant:
+/// levels at which all points went the same way are left out.
 struct Node
 {
     Box box;
@@ -88,7 +99,7 @@ public:
 
 private:
     Node* makeLeaf(const Cube& cube, const double (&p)[3]);
-    void growTo(const double (&p)[3]);
+    void growTo(Node*& pNode, const double (&p)[3]);
     void insert(Node* pNode, Item* pItem);
     void divide(Node* pLeaf);
 };
@@ -111,30 +122,28 @@ void OctreeImpl::add(Item* pItem)
         for (const double v : pItem->p) half = std::max(half, std::fabs(v) * 0x1p-40);
         pRoot = makeLeaf({{pItem->p[0], pItem->p[1], pItem->p[2]}, half}, pItem->p);
     }
-    growTo(pItem->p);
+    growTo(pRoot, pItem->p);
     insert(pRoot, pItem);
     ++numPoints;
 }
 
-/// Doubles the root's cube towards p until it holds it.
-void OctreeImpl::growTo(const double (&p)[3])
+/// Makes pNode's cube hold p, by a node above it if there are children.
+void OctreeImpl::growTo(Node*& pNode, const double (&p)[3])
 {
-    while (!pRoot->cube.contains(p)) {
-        Cube larger = pRoot->cube;
-        for (unsigned d = 0; d < 3; ++d) {
-            larger.centre[d] += p[d] >= larger.centre[d] ? larger.half : -larger.half;
-        }
-        larger.half *= 2.0;
-        if (pRoot->bLeaf) {
-            pRoot->cube = larger;
-            continue;
-        }
-        Node* const pOld = pRoot;
-        pRoot = makeLeaf(larger, pOld->box.lo);
-        pRoot->box = pOld->box;
-        pRoot->bLeaf = false;
-        pRoot->aChildren[larger.octantOf(pOld->cube.centre)] = pOld;
+    if (pNode->cube.contains(p)) return;
+    const Cube larger = pNode->cube.grownTo(p);
+    if (pNode->bLeaf) {
+        pNode->cube = larger;
+        return;
     }
+    // Rounding may have put both into one octant, where a new node would tell nothing.
+    const unsigned octant = larger.octantOf(pNode->cube.centre);
+    if (octant == larger.octantOf(p)) return;
+    Node* const pAbove = makeLeaf(larger, p);
+    pAbove->box = pNode->box;
+    pAbove->bLeaf = false;
+    pAbove->aChildren[octant] = pNode;
+    pNode = pAbove;
 }
 
 void OctreeImpl::insert(Node* pNode, Item* pItem)
@@ -150,6 +159,7 @@ void OctreeImpl::insert(Node* pNode, Item* pItem)
         const unsigned octant = pNode->cube.octantOf(pItem->p);
         Node*& pChild = pNode->aChildren[octant];
         if (pChild == nullptr) pChild = makeLeaf(pNode->cube.octant(octant), pItem->p);
+        if (!pChild->bLeaf) growTo(pChild, pItem->p);
         pNode = pChild;
         extend(pNode);
     }
@@ -162,12 +172,19 @@ void OctreeImpl::insert(Node* pNode, Item* pItem)
 /// such a leaf holds any number of points.
 void OctreeImpl::divide(Node* pLeaf)
 {
-    const Cube lower = pLeaf->cube.octant(0);
-    bool bDivisible = false;
-    for (unsigned d = 0; d < 3; ++d) {
-        if (pLeaf->box.lo[d] < pLeaf->box.hi[d] && lower.centre[d] < pLeaf->cube.centre[d]) bDivisible = true;
+    Cube cube = pLeaf->cube;
+    for (;;) {
+        const Cube lower = cube.octant(0);
+        bool bDivisible = false;
+        for (unsigned d = 0; d < 3; ++d) {
+            if (pLeaf->box.lo[d] < pLeaf->box.hi[d] && lower.centre[d] < cube.centre[d]) bDivisible = true;
+        }
+        if (!bDivisible) return;
+        const unsigned octant = cube.octantOf(pLeaf->box.lo);
+        if (octant != cube.octantOf(pLeaf->box.hi)) break;
+        cube = cube.octant(octant);
     }
-    if (!bDivisible) return;
+    pLeaf->cube = cube;
     Item* pItem = pLeaf->pItems;
     pLeaf->bLeaf = false;
     pLeaf->pItems = nullptr;

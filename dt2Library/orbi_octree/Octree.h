@@ -30,9 +30,9 @@ public:
     Octree(const Octree&) = delete;
     Octree& operator=(const Octree&) = delete;
 
-    /// O(depth): logarithmic for points that are spread, and for any points at most the number of halvings from the
-    /// largest to the smallest distance among them. A coordinate of more than 1e300 in size, or that is no number, is a
-    /// failed condition "coordinates are in range".
+    /// Logarithmic for points that are spread; for clusters within clusters at most linear in the number of halvings from
+    /// the largest to the smallest distance. A coordinate of more than 1e300 in size, or that is no number, is a failed
+    /// condition "coordinates are in range".
     void addPoint(std::size_t index, const ORBI_LUMO25D::Point2& p);
     std::size_t size() const;
 
