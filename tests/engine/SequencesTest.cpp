@@ -82,8 +82,10 @@ private:
             break;
         case Operation::VECTOR:
         case Operation::COORDINATES:
-        case Operation::THREADED:
             op.vPoints = points(below(25));
+            break;
+        case Operation::THREADED: // now and then enough of them for several threads
+            op.vPoints = points(below(10) == 0 ? 1000 + below(1000) : below(25));
             break;
         case Operation::REMOVE:
             removals(op.vPoints);

@@ -32,7 +32,8 @@ struct Operation
 using OperationSequence = std::vector<Operation>;
 
 /// Carries the sequence out on a new triangulation beside a naive model (positions and the height of the first point at
-/// each). After every operation the triangulation is checked, exactly, and compared with the model. Returns an empty text
+/// each). After every operation (and every removal from a small triangulation) the triangulation is checked,
+/// exactly, and compared with the model. Returns an empty text
 /// when all is well, else what went wrong at which operation. numCPU is left at 1 but in THREADED.
 std::string runSequence(const OperationSequence& sequence);
 
