@@ -21,7 +21,7 @@ mpq_class planeHeight(const ORBI_LUMO25D::Triangle2& t, const ORBI_LUMO25D::Poin
 /// The point of a convex hull's border that is nearest to a point outside.
 struct NearestOnHull
 {
-    bool bOnEdge = false;  ///< a foot of a perpendicular; else a corner that no perpendicular meets
+    bool bOnEdge = false;   ///< a foot of a perpendicular; else a corner that no perpendicular meets
     bool bDoubtful = false; ///< a foot so near to an edge's end, or so far from the point, that rounding may decide
     mpq_class sqDistance;
     mpq_class height; ///< on the straight line between the edge's ends
