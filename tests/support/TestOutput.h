@@ -19,14 +19,12 @@ class CoutCapture
 {
 public:
     CoutCapture() : pOld(std::cout.rdbuf(buffer.rdbuf())) {}
-    CoutCapture(const CoutCapture&) = delete;
-    CoutCapture& operator=(const CoutCapture&) = delete;
     ~CoutCapture() { std::cout.rdbuf(pOld); }
 
     /// What has come since the last call.
     std::string take()
     {
-        std::string text = buffer.str();
+        const std::string text = buffer.str();
         buffer.str("");
         return text;
     }
@@ -40,41 +38,36 @@ private:
 class TempWorkDir
 {
 public:
-    TempWorkDir() : old(std::filesystem::current_path())
+    TempWorkDir()
+        : old(std::filesystem::current_path()), name(std::filesystem::temp_directory_path() / "lumo25d_XXXXXX")
     {
-        std::string name = (std::filesystem::temp_directory_path() / "lumo25d_XXXXXX").string();
         if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
-        dir = name;
-        std::filesystem::current_path(dir);
+        std::filesystem::current_path(name);
     }
     TempWorkDir(const TempWorkDir&) = delete;
-    TempWorkDir& operator=(const TempWorkDir&) = delete;
     ~TempWorkDir()
     {
         std::error_code ignored;
         std::filesystem::current_path(old, ignored);
-        std::filesystem::remove_all(dir, ignored);
+        std::filesystem::remove_all(name, ignored);
     }
 
 private:
     std::filesystem::path old;
-    std::filesystem::path dir;
+    std::string name;
 };
 
-/// A global locale with decimal commas and grouped digits, for its lifetime.
+/// A global locale with commas at the decimals and between groups of digits, for its lifetime.
 class CommaLocale
 {
 public:
     CommaLocale() : old(std::locale::global(std::locale(std::locale::classic(), new Comma))) {}
-    CommaLocale(const CommaLocale&) = delete;
-    CommaLocale& operator=(const CommaLocale&) = delete;
     ~CommaLocale() { std::locale::global(old); }
 
 private:
     struct Comma : std::numpunct<char>
     {
         char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
         std::string do_grouping() const override { return "\3"; }
     };
     std::locale old;
@@ -88,8 +81,7 @@ inline std::string readFile(const std::string& filename)
 
 inline void writeFile(const std::string& filename, const std::string& content)
 {
-    std::ofstream file(filename, std::ios::binary);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    std::ofstream(filename, std::ios::binary) << content;
 }
 
 } // namespace lumo_test
