@@ -25,11 +25,11 @@
 #include <vector>
 
 #if defined(LUMO25D_WITH_BOOST_RTREE)
-#include <boost/function_output_iterator.hpp>
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/box.hpp>
 #include <boost/geometry/geometries/point.hpp>
 #include <boost/geometry/index/rtree.hpp>
+#include <boost/iterator/function_output_iterator.hpp>
 #endif
 
 using namespace ORBI_LUMO25D;
@@ -92,7 +92,7 @@ public:
     void forEach(const Rect& r, const F& f) const
     {
         tree.query(bg::index::intersects(boxOf(r)),
-                   boost::make_function_output_iterator([&f](const Value& value) { f(value.second); }));
+                   boost::iterators::make_function_output_iterator([&f](const Value& value) { f(value.second); }));
     }
     std::vector<std::size_t> inSpatialOrder() const
     {
@@ -102,7 +102,7 @@ public:
     }
 
 private:
-    // Of 4, 8, 16 and 32 elements a node, 8 is the fastest for it.
+    // Of 4, 8, 16 and 32 elements a node, 8 is the fastest in queries (16 is a tenth faster to build).
     using Tree = bg::index::rtree<Value, bg::index::quadratic<8>>;
 
     static Box boxOf(const Rect& r) { return Box({r.xmin, r.ymin}, {r.xmax, r.ymax}); }

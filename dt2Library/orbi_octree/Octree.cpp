@@ -3,6 +3,7 @@
 
 #include "orbi_octree/Octree.h"
 
+#include "geometry/BoxNode.h"
 #include "orbi_tools/OrbiPool.h"
 #include "support/check.h"
 

@@ -1,8 +1,6 @@
 #ifndef LUMO25D_ORBI_OCTREE_OCTREE_H
 #define LUMO25D_ORBI_OCTREE_OCTREE_H
 
-#include "geometry/PackedBoxTree.h"
-
 #include "Point2.h"
 
 #include <cstddef>

@@ -52,8 +52,9 @@ bool isUsable(const Segment2* pSegment, const char* functionName)
     return bFinite;
 }
 
-/// Whether the type is one of those looked for.
-bool isIntersection(SegmentIntersectionType sit, bool bAlsoEndPointIntersections)
+/// Whether the type is one of those looked for. A value that no classification gives is told under functionName, unless
+/// that is NULL, and a failed condition.
+bool isIntersection(SegmentIntersectionType sit, bool bAlsoEndPointIntersections, const char* functionName = nullptr)
 {
     switch (sit) {
     case SIT_NONE:
@@ -66,6 +67,7 @@ bool isIntersection(SegmentIntersectionType sit, bool bAlsoEndPointIntersections
     case SIT_UNINITIALIZED:
         break;
     }
+    if (functionName != nullptr) msgError(functionName, "impossible case");
     LUMO_CHECK(false, "false");
 }
 
@@ -264,7 +266,9 @@ void SegmentChecker::getIntersectors(const Segment2* pSegment, bool bAlsoEndPoin
         Segment2* const pCandidate = pSCD->vSegments[c];
         if (pCandidate == pSegment) continue;
         const SegmentIntersectionType sit = classifySegments(*pSCD->pPredicates, *pSegment, *pCandidate);
-        if (isIntersection(sit, bAlsoEndPointIntersections)) vIntersectors.emplace_back(pCandidate, sit);
+        if (isIntersection(sit, bAlsoEndPointIntersections, "getIntersectors()")) {
+            vIntersectors.emplace_back(pCandidate, sit);
+        }
     }
 }
 

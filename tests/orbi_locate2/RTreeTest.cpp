@@ -11,7 +11,6 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
-#include <thread>
 
 using ORBI_LOCATE2::RTree;
 using ORBI_LUMO25D::SplitMix64;
@@ -70,7 +69,7 @@ Rect randomRect(SplitMix64& random, int kind)
 TEST(RTree2, QueriesDifferFromAScan)
 {
     for (int kind = 0; kind < 5; ++kind) {
-        for (const std::size_t n : std::initializer_list<std::size_t>{0, 1, 2, 16, 17, 256, 257, 3000}) {
+        for (const std::size_t n : std::initializer_list<std::size_t>{0, 1, 8, 9, 64, 65, 3000}) {
             SplitMix64 random(100 * n + static_cast<unsigned>(kind));
             SCOPED_TRACE(::testing::Message() << "kind " << kind << ", n " << n);
             RTree tree;
@@ -139,27 +138,4 @@ TEST(RTree2, SpatialOrderLosesObjectsOrLocality)
     EXPECT_LT(length, 500.0);
     std::sort(vOrder.begin(), vOrder.end());
     for (std::size_t i = 0; i < vOrder.size(); ++i) ASSERT_EQ(vOrder[i], i);
-}
-
-TEST(RTree2, ThreadsDisturbEachOthersQueries)
-{
-    SplitMix64 random(6);
-    RTree tree;
-    std::vector<Rect> vRects;
-    for (std::size_t i = 0; i < 5000; ++i) {
-        vRects.push_back(randomRect(random, 1));
-        tree.addObject(i, vRects[i][0], vRects[i][1], vRects[i][2], vRects[i][3]);
-    }
-    tree.build();
-    std::array<std::size_t, 3> aFailed{};
-    std::vector<std::thread> vThreads;
-    for (std::size_t t = 0; t < aFailed.size(); ++t) {
-        vThreads.emplace_back([&, t] {
-            for (std::size_t i = t; i < vRects.size(); i += 50) {
-                if (indexed(tree, vRects[i]) != scanned(vRects, vRects[i])) ++aFailed[t];
-            }
-        });
-    }
-    for (std::thread& thread : vThreads) thread.join();
-    for (const std::size_t failed : aFailed) EXPECT_EQ(failed, 0U);
 }
