@@ -157,22 +157,61 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
     LUMO_CHECK(false, "false");
 }
 
+namespace
+{
+
+double sqDistance2D(const Point2& a, const Point2& b)
+{
+    const double dx = a.x() - b.x();
+    const double dy = a.y() - b.y();
+    return dx * dx + dy * dy;
+}
+
+/// More items than this with one key are searched by their places.
+constexpr std::size_t longRun = 64;
+
+} // namespace
+
+/// In a long run of items with the key of position begin, which stands in the order of a finer curve: a position near p,
+/// by samples that close in on the nearest. O(log n).
+std::size_t VertexVault::nearInRun(std::size_t begin, const Point2& p) const
+{
+    const auto itBegin = vItems.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto itEnd = std::upper_bound(itBegin, vItems.begin() + static_cast<std::ptrdiff_t>(numSorted), itBegin->idx,
+                                        [](std::uint32_t value, const IdxVtxAct& item) { return value < item.idx; });
+    std::size_t low = begin;
+    std::size_t high = static_cast<std::size_t>(itEnd - vItems.begin());
+    std::size_t best = begin;
+    double sqBest = sqDistance2D(*vItems[begin].pVtx, p);
+    for (std::size_t step = (high - low) / 16; step > 0; step /= 8) {
+        for (std::size_t i = low; i < high; i += step) {
+            const double sqDist = sqDistance2D(*vItems[i].pVtx, p);
+            if (sqDist < sqBest) {
+                sqBest = sqDist;
+                best = i;
+            }
+        }
+        low = best < low + step ? low : best - step;
+        high = std::min(high, best + step);
+    }
+    return best;
+}
+
 Triangle2* VertexVault::getCloseTriangle(const Point2& p) const
 {
     // A step of the walk costs two looks at memory, one after the other; these few come all at once.
     constexpr std::size_t reach = 3;
     const std::uint32_t idx = pDt2->hilbertCurve.getIndex(p);
     if (numSorted == 0) return getCloseTriangle(idx);
-    const std::size_t pos = lowerBound(idx);
+    std::size_t pos = lowerBound(idx);
+    if (pos + longRun < numSorted && vItems[pos + longRun].idx == vItems[pos].idx) pos = nearInRun(pos, p);
     const std::size_t first = pos < reach ? 0 : pos - reach;
     const std::size_t last = std::min(pos + reach, numSorted);
     const Point2* pNearest = nullptr;
     double sqNearest = std::numeric_limits<double>::infinity();
     for (std::size_t i = first; i < last; ++i) {
         const Point2* const pVtx = vItems[i].pVtx;
-        const double dx = pVtx->x() - p.x();
-        const double dy = pVtx->y() - p.y();
-        const double sqDist = dx * dx + dy * dy;
+        const double sqDist = sqDistance2D(*pVtx, p);
         const bool bNearer = vItems[i].bActive && sqDist < sqNearest;
         pNearest = bNearer ? pVtx : pNearest;
         sqNearest = bNearer ? sqDist : sqNearest;

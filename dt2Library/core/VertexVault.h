@@ -132,6 +132,7 @@ public:
 
 private:
     std::size_t lowerBound(std::uint32_t idx) const;
+    std::size_t nearInRun(std::size_t begin, const Point2& p) const;
     void buildLookup();
     Triangle2* triangleAround(std::size_t pos) const;
     Triangle2* triangleFromTail(std::uint32_t idx) const;
