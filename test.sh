@@ -4,6 +4,7 @@
 #
 #   ./test.sh          everything
 #   ./test.sh quick    the release build only
+#   ./test.sh clang    the release build by Clang instead of the default compiler
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=scripts/setup.sh
@@ -11,8 +12,8 @@ source scripts/setup.sh
 
 mode=${1:-full}
 case $mode in
-full | quick) ;;
-*) fail "Usage: ./test.sh [quick]" ;;
+full | quick | clang) ;;
+*) fail "Usage: ./test.sh [quick | clang]" ;;
 esac
 
 summary=()
@@ -35,7 +36,12 @@ suite() {
 }
 
 need compiler cmake ninja gmp googletest pkg-config
-suite release "Release build, warnings are errors, all tests"
+if [ "$mode" = clang ]; then
+    need clang
+    suite clang "Release build by Clang, warnings are errors, all tests"
+else
+    suite release "Release build, warnings are errors, all tests"
+fi
 if [ "$mode" = full ]; then
     suite asan "Address and undefined-behaviour sanitizers" -LE package
     suite tsan "Thread sanitizer, threaded tests" -L threaded

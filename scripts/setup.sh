@@ -28,6 +28,7 @@ missing_packages() {
     for tool in "$@"; do
         case $tool in
         compiler) command -v "${CXX:-c++}" >/dev/null || echo g++ ;;
+        clang) command -v clang++ >/dev/null || echo clang ;;
         cmake) has_cmake || echo cmake ;;
         ninja) command -v ninja >/dev/null || echo ninja-build ;;
         gmp) has_header gmp.h || echo libgmp-dev ;;
