@@ -15,7 +15,10 @@ namespace ORBI_LUMO25D
 void InserterMT::go(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint)
 {
     const auto n = static_cast<std::size_t>(pLast - pFirst);
-    const auto numChunks = static_cast<std::size_t>(2.0 * std::sqrt(static_cast<double>(n)));
+    // Many chunks find others to run beside; chunks that are too small don't pay for their regions.
+    constexpr std::size_t smallestChunk = 400;
+    const auto manyChunks = static_cast<std::size_t>(2.0 * std::sqrt(static_cast<double>(n)));
+    const std::size_t numChunks = std::max<std::size_t>(std::min(manyChunks, n / smallestChunk), 2);
     const std::size_t numSamples = std::min(5 * numChunks, n / 2);
     sampleDistance = n / numSamples;
     insertSample(pFirst, pLast, pHint);
