@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <numeric>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -57,12 +58,10 @@ struct Task
 /// Runs on so many threads and returns the text of the exception, if any.
 std::string runTasks(int numTasks, int numThreads, void (Task::*function)(), Board& board)
 {
-    std::vector<Task> vTasks(static_cast<std::size_t>(numTasks));
+    std::vector<Task> vTasks;
+    for (int i = 0; i < numTasks; ++i) vTasks.push_back(Task{i, &board});
     MTCtrl<Task> ctrl;
-    for (int i = 0; i < numTasks; ++i) {
-        vTasks[static_cast<std::size_t>(i)] = Task{i, &board};
-        ctrl.add(&vTasks[static_cast<std::size_t>(i)]);
-    }
+    for (Task& task : vTasks) ctrl.add(&task);
     try {
         ctrl.run(function, numThreads);
     } catch (const std::runtime_error& error) {
@@ -85,10 +84,9 @@ TEST(MTCtrl, EveryTaskRunsOnceWhateverTheNumberOfThreads)
                 EXPECT_EQ(board.sThreads.count(std::this_thread::get_id()), board.sThreads.size());
             }
             std::sort(board.vStarted.begin(), board.vStarted.end());
-            ASSERT_EQ(board.vStarted.size(), static_cast<std::size_t>(numTasks));
-            for (int i = 0; i < numTasks; ++i) {
-                EXPECT_EQ(board.vStarted[static_cast<std::size_t>(i)], i);
-            }
+            std::vector<int> vAll(static_cast<std::size_t>(numTasks));
+            std::iota(vAll.begin(), vAll.end(), 0);
+            EXPECT_EQ(board.vStarted, vAll);
             EXPECT_LE(board.sThreads.size(), static_cast<std::size_t>(std::max(1, numThreads)));
         }
     }
