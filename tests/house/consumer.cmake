@@ -18,7 +18,11 @@ endfunction()
 
 set(consumer ${CMAKE_CURRENT_LIST_DIR}/consumer)
 set(configure ${CMAKE_COMMAND} -G ${GENERATOR} -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER})
-file(REMOVE_RECURSE ${WORK})
+# The build of add_subdirectory is kept: it compiles the whole library, which a second run need not do again.
+file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/elsewhere ${WORK}/installed ${WORK}/absolute)
+if(NOT WAY STREQUAL "add_subdirectory")
+    file(REMOVE_RECURSE ${WORK}/build)
+endif()
 file(MAKE_DIRECTORY ${WORK})
 
 if(NOT WAY STREQUAL "add_subdirectory")
