@@ -138,16 +138,19 @@ Measurement timeQueries(const std::vector<Segment2>& vSegments, bool bSpatialOrd
     const Index index(vSegments);
     const std::vector<std::size_t> vOrder = bSpatialOrder ? index.inSpatialOrder() : inputOrder(vSegments.size());
     OrbiTest orbiTest;
+    std::vector<std::size_t> vHits;
     return benchmarks::measureWork([&] {
         unsigned long long n = 0;
         for (const std::size_t i : vOrder) {
-            index.forEach(rectOf(vSegments[i]), [&](std::size_t j) {
-                if (!bClassify) {
-                    ++n;
-                } else if (i != j && classifySegments(orbiTest, vSegments[i], vSegments[j]) == SIT_POINT) {
-                    ++n;
-                }
-            });
+            vHits.clear();
+            index.forEach(rectOf(vSegments[i]), [&vHits](std::size_t j) { vHits.push_back(j); });
+            if (!bClassify) {
+                n += vHits.size();
+                continue;
+            }
+            for (const std::size_t j : vHits) {
+                if (i != j && classifySegments(orbiTest, vSegments[i], vSegments[j]) == SIT_POINT) ++n;
+            }
         }
         return n;
     });
