@@ -252,8 +252,7 @@ TEST(Triangle2, BadAreasAreReportedAndNeverNegative)
         const double x = random.between(1e5, 1e6), y = random.between(1e5, 1e6), t = random.unit();
         const OwnTriangle own(Point2(0, 0, 0), Point2(x, y, 0), Point2(t * x, t * y, 0));
         text = stdoutOf([&] { EXPECT_GE(own.t.getArea2D(), 0.0); });
-        if (text.find("Numeric issue in Triangle::getArea()") != std::string::npos) ++numReported;
-        EXPECT_EQ(text.empty(), text.find("sqArea=-") == std::string::npos);
+        numReported += text.find("Numeric issue in Triangle::getArea()") != std::string::npos;
     }
     EXPECT_GT(numReported, 0);
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -21,13 +22,17 @@ using lumo_test::writeFile;
 namespace
 {
 
-/// The bytes of a file as its format describes them, made without the library.
-std::string headerBytes(unsigned fileType, unsigned long long n)
+/// Numbers as the formats hold them, made without the library: little endian.
+std::string bytesOf(unsigned long long bits, int size)
 {
     std::string bytes;
-    for (int i = 0; i < 4; ++i) bytes += static_cast<char>(fileType >> (8 * i) & 255U);
-    for (int i = 0; i < 8; ++i) bytes += static_cast<char>(n >> (8 * i) & 255U);
+    for (int i = 0; i < size; ++i) bytes += static_cast<char>(bits >> (8 * i) & 255U);
     return bytes;
+}
+
+std::string headerBytes(unsigned fileType, unsigned long long n)
+{
+    return bytesOf(fileType, 4) + bytesOf(n, 8);
 }
 
 std::string doubleBytes(const std::vector<double>& vValues)
@@ -36,7 +41,7 @@ std::string doubleBytes(const std::vector<double>& vValues)
     for (const double value : vValues) {
         unsigned long long bits = 0;
         std::memcpy(&bits, &value, 8);
-        for (int i = 0; i < 8; ++i) bytes += static_cast<char>(bits >> (8 * i) & 255U);
+        bytes += bytesOf(bits, 8);
     }
     return bytes;
 }
@@ -50,11 +55,9 @@ std::vector<double> coordsOf(const std::vector<Point2>& vPoints)
 
 std::vector<double> coordsOf(const std::vector<Segment2>& vSegments)
 {
-    std::vector<double> v;
-    for (const Segment2& s : vSegments) {
-        v.insert(v.end(), {s.src.x(), s.src.y(), s.src.z(), s.trg.x(), s.trg.y(), s.trg.z()});
-    }
-    return v;
+    std::vector<Point2> vPoints;
+    for (const Segment2& s : vSegments) vPoints.insert(vPoints.end(), {s.src, s.trg});
+    return coordsOf(vPoints);
 }
 
 /// Doubles of every magnitude, and the special ones that a file can hold.
@@ -77,60 +80,40 @@ std::vector<Point2> anyPoints(std::size_t n, std::mt19937_64& random)
 
 TEST(PointFilesTest, RoundTripsKeepEveryBitAndAppend)
 {
-    const std::uint64_t seed = 20240501;
-    SCOPED_TRACE(seed);
-    std::mt19937_64 random(seed);
-    TempWorkDir dir;
+    SCOPED_TRACE("seed 20240501");
+    std::mt19937_64 random(20240501);
+    const TempWorkDir dir;
+    const lumo_test::CommaLocale commas;                              // must reach no file
     for (const std::size_t n : {std::size_t(2), std::size_t(5000)}) { // within one piece of the file, over several
         std::vector<Point2> vPoints = anyPoints(n, random);
         std::vector<Point2*> vPointers;
-        for (Point2& p : vPoints) {
-            p.setCustomIndex(7);
-            vPointers.push_back(&p);
-        }
+        for (Point2& p : vPoints) vPointers.push_back(&p);
         const std::string bytes = doubleBytes(coordsOf(vPoints));
-
-        ASSERT_TRUE(writePointsBIN("p.bin", vPointers));
+        ASSERT_TRUE(writePointsBIN("p.bin", vPointers) && writePointsBIN("p2.bin", vPoints));
         EXPECT_EQ(readFile("p.bin"), headerBytes(30, n) + bytes);
-        ASSERT_TRUE(writePointsBIN("p2.bin", vPoints));
         EXPECT_EQ(readFile("p2.bin"), readFile("p.bin"));
-        ASSERT_TRUE(writePointsASCII("p.xyz", vPointers));
-        ASSERT_TRUE(writePointsASCII("p2.xyz", vPoints));
+        ASSERT_TRUE(writePointsASCII("p.xyz", vPointers) && writePointsASCII("p2.xyz", vPoints));
         EXPECT_EQ(readFile("p2.xyz"), readFile("p.xyz"));
-
         std::vector<Point2> vRead;
-        ASSERT_TRUE(readPointsBIN("p.bin", vRead));
-        ASSERT_TRUE(readXYZ("p.xyz", vRead));
+        ASSERT_TRUE(readPointsBIN("p.bin", vRead) && readXYZ("p.xyz", vRead));
         EXPECT_EQ(doubleBytes(coordsOf(vRead)), bytes + bytes);
-        EXPECT_EQ(vRead.front().getCustomIndex(), -1);
 
-        std::vector<Segment2> vSegments;
+        std::vector<Segment2> vSegments, vSegmentsRead(1);
         for (std::size_t i = 0; i + 1 < n; i += 2) vSegments.emplace_back(vPoints[i], vPoints[i + 1]);
-        std::vector<Segment2> vSegmentsRead(1);
-        ASSERT_TRUE(writeSegmentsBIN("s.bin", vSegments));
+        ASSERT_TRUE(writeSegmentsBIN("s.bin", vSegments) && readSegmentsBIN("s.bin", vSegmentsRead));
         EXPECT_EQ(readFile("s.bin"), headerBytes(31, n / 2) + bytes);
-        ASSERT_TRUE(readSegmentsBIN("s.bin", vSegmentsRead));
         EXPECT_EQ(doubleBytes(coordsOf(vSegmentsRead)).substr(48), bytes);
     }
-    writePointsASCII("18.xyz", std::vector<Point2>{{0.1, -2.0, 1e300}});
-    EXPECT_EQ(readFile("18.xyz"), "0.100000000000000006 -2 1.00000000000000005e+300\n");
-}
-
-TEST(PointFilesTest, PlaneFilesAreReadWithHeightZero)
-{
-    TempWorkDir dir;
+    writePointsASCII("18.xyz", std::vector<Point2>{{0.1, -2000.0, 1e300}});
+    EXPECT_EQ(readFile("18.xyz"), "0.100000000000000006 -2000 1.00000000000000005e+300\n");
+    // Files of the plane are read with height 0.
     writeFile("20", headerBytes(20, 2) + doubleBytes({1, 2, 3, 4}));
     writeFile("21", headerBytes(21, 1) + doubleBytes({1, 2, 3, 4}));
     std::vector<Point2> vPoints;
     std::vector<Segment2> vSegments;
-    ASSERT_TRUE(readPointsBIN("20", vPoints));
-    ASSERT_TRUE(readSegmentsBIN("21", vSegments));
+    ASSERT_TRUE(readPointsBIN("20", vPoints) && readSegmentsBIN("21", vSegments));
     EXPECT_EQ(coordsOf(vPoints), (std::vector<double>{1, 2, 0, 3, 4, 0}));
-    EXPECT_EQ(coordsOf(vSegments), (std::vector<double>{1, 2, 0, 3, 4, 0}));
-    writePointsBIN("30", std::vector<Point2>());
-    EXPECT_EQ(readFile("30"), headerBytes(30, 0));
-    EXPECT_TRUE(readPointsBIN("30", vPoints));
-    EXPECT_EQ(vPoints.size(), 2U);
+    EXPECT_EQ(coordsOf(vSegments), coordsOf(vPoints));
 }
 
 TEST(PointFilesTest, TruncatedFilesGiveWhatTheyHold)
@@ -183,22 +166,13 @@ TEST(PointFilesTest, FilesThatCannotBeUsedAreToldAndAnsweredFalse)
     CoutCapture out;
     std::vector<Point2> vPoints(1);
     std::vector<Segment2> vSegments;
-    std::vector<Point2*> vWithNull = {vPoints.data(), nullptr};
     for (const char* pName : {"d", "", "d/no/where", static_cast<const char*>(nullptr)}) {
-        const std::string name = pName == nullptr ? "" : pName;
-        EXPECT_FALSE(writePointsASCII(pName, vPoints));
-        EXPECT_FALSE(writePointsBIN(pName, vPoints));
-        EXPECT_FALSE(writeSegmentsBIN(pName, vSegments));
-        const std::string unwritten = name + " can't be written\n";
-        EXPECT_EQ(out.take(), unwritten + unwritten + unwritten);
-        EXPECT_FALSE(readXY(pName, vPoints));
-        EXPECT_FALSE(readXYZ(pName, vPoints));
-        EXPECT_EQ(out.take(), name + " is unreadable\n" + name + " is unreadable\n");
-        EXPECT_FALSE(readPointsBIN(pName, vPoints));
-        EXPECT_FALSE(readSegmentsBIN(pName, vSegments));
-        EXPECT_EQ(out.take(), name + " can't be read\n" + name + " can't be read\n");
-        EXPECT_FALSE(readSTL(name, vPoints));
-        EXPECT_EQ(out.take(), "readSTL(): " + name + " is unreadable\n");
+        EXPECT_FALSE(writePointsASCII(pName, vPoints) || writePointsBIN(pName, vPoints));
+        EXPECT_FALSE(writeSegmentsBIN(pName, vSegments) || readXY(pName, vPoints) || readXYZ(pName, vPoints));
+        EXPECT_FALSE(readPointsBIN(pName, vPoints) || readSegmentsBIN(pName, vSegments));
+        EXPECT_FALSE(readSTL(pName == nullptr ? "" : pName, vPoints));
+        const std::string text = out.take();
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
     }
     EXPECT_FALSE(readPointsBIN("bad", vPoints));
     EXPECT_EQ(out.take(), "bad has wrong filetype -7, expected: 30 or 20\n");
@@ -206,8 +180,7 @@ TEST(PointFilesTest, FilesThatCannotBeUsedAreToldAndAnsweredFalse)
     EXPECT_EQ(out.take(), "bad has wrong file type: -7 instead of 31 or 21\n");
     EXPECT_FALSE(writePointsBIN("/dev/full", vPoints)); // opens, but holds nothing
     EXPECT_EQ(out.take(), "/dev/full can't be written\n");
-    EXPECT_FALSE(writePointsASCII("null", vWithNull));
-    EXPECT_FALSE(writePointsBIN("null", vWithNull));
+    EXPECT_FALSE(writePointsBIN("null", std::vector<Point2*>{vPoints.data(), nullptr}));
     EXPECT_FALSE(std::filesystem::exists("null"));
     EXPECT_EQ(vPoints.size(), 1U);
 }
@@ -225,30 +198,16 @@ TEST(PointFilesTest, TextIsReadAsNumbersWhateverItsLines)
         {"\t+1\r\n-2e1\n\n .5 5.", {1, -20, 0, .5, 5, 0}, {1, -20, .5}},
         {"1 2 x 3 4 5 6", {1, 2, 0}, {}},
         {"1,2 3 4", {}, {}},
-        {"1 2 nan 4 5 6", {1, 2, 0}, {}},
         {"1 2 1e400 4 5 6", {1, 2, 0}, {}},
         {"1-2+3", {1, -2, 0}, {1, -2, 3}},
-        {"1 1e-400 3", {1, 0, 0}, {1, 0, 3}},
     };
     for (const auto& c : aCases) {
         writeFile("t", c.content);
-        std::vector<Point2> vXY;
-        std::vector<Point2> vXYZ;
+        std::vector<Point2> vXY, vXYZ;
         EXPECT_TRUE(readXY("t", vXY) && readXYZ("t", vXYZ));
         EXPECT_EQ(coordsOf(vXY), c.vXY) << c.content;
         EXPECT_EQ(coordsOf(vXYZ), c.vXYZ) << c.content;
     }
-}
-
-TEST(PointFilesTest, GlobalLocaleChangesNoFile)
-{
-    TempWorkDir dir;
-    const lumo_test::CommaLocale commas;
-    std::vector<Point2> vPoints;
-    writePointsASCII("t", std::vector<Point2>{{1234567.5, 1e-310, -2.25}});
-    readXYZ("t", vPoints);
-    EXPECT_EQ(readFile("t").substr(0, 10), "1234567.5 ");
-    EXPECT_EQ(coordsOf(vPoints), (std::vector<double>{1234567.5, 1e-310, -2.25}));
 }
 
 TEST(PointFilesTest, StlKeepsTriplesTogetherAndItsCaseRules)
