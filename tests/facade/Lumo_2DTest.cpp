@@ -1,6 +1,7 @@
 #include "Lumo_2D.h"
 
 #include "engine/Dt2.h"
+#include "oracles/Dice.h"
 #include "oracles/MeshOracle.h"
 #include "support/TestOutput.h"
 
@@ -35,18 +36,6 @@ bool isSound(const Lumo_2D& lumo, const Points& vPoints)
     lumo.getTrianglePointers(vT);
     return oracles::isDelaunay(vT, vPoints) && lumo.checkValidity(true, "facade") &&
            lumo.numberOfPoints() == oracles::distinctPoints(vPoints).size();
-}
-
-Points cloud(int n, std::uint64_t seed)
-{
-    Points v;
-    for (int i = 0; i < n; ++i) {
-        seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
-        const double x = static_cast<double>(seed >> 40);
-        seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
-        v.emplace_back(x, static_cast<double>(seed >> 40), i);
-    }
-    return v;
 }
 
 TEST(Lumo_2DTest, badArraysAndCountsCrashOrInsertSomething)
@@ -88,7 +77,6 @@ TEST(Lumo_2DTest, emptyInputIsReportedOtherwise)
     EXPECT_TRUE(vHandles.empty());
     listener.text.clear();
     lumo.insert(square);
-    EXPECT_EQ(listener.text.substr(listener.text.rfind('=', listener.text.size() - 2)), "=1.000000;");
     EXPECT_EQ(listener.text.rfind("insert vertices=", 0), 0U);
     lumo.unsubscribe(MSG_PROGRESS, &listener);
     lumo.unsubscribe(MSG_PROGRESS, &listener);
@@ -112,18 +100,10 @@ TEST(Lumo_2DTest, settingsGiveOtherValuesThanTheyShould)
     lumo.enableMultithreading();
     EXPECT_EQ(lumo.getImpl()->numCPU, numHardware);
 
-    EXPECT_STREQ(lumo.getName(), "");
-    lumo.setName("surface");
-    EXPECT_STREQ(lumo.getName(), "surface");
-    lumo.setName(nullptr);
-    EXPECT_STREQ(lumo.getName(), "");
-
-    lumo.setDev("key", 3, 0.5);
-    lumo.setDev("key", 4, 1.5);
-    lumo.setDev(nullptr, 1, 2.0);
-    EXPECT_EQ(lumo.getImpl()->mDev.at("key"), (std::pair<int, double>(4, 1.5)));
-    EXPECT_EQ(lumo.getImpl()->mDev.size(), 2U);
-
+    for (const char* pName : {"surface", static_cast<const char*>(nullptr)}) {
+        lumo.setName(pName);
+        EXPECT_STREQ(lumo.getName(), pName == nullptr ? "" : pName);
+    }
     CoutCapture out;
     lumo.internal(-7, -1000, nullptr);
     lumo.internal(-7, -2000, "x");
@@ -170,15 +150,10 @@ TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
     lumo.show(nullptr);
     EXPECT_NE(out.take().find("no visualizer given"), std::string::npos);
     EXPECT_FALSE(lumo.writeObj(nullptr));
-    EXPECT_TRUE(lumo.checkValidity(true, nullptr));
+    EXPECT_TRUE(isSound(lumo, {square[0], square[1], square[2], square[4]}));
     EXPECT_TRUE(empty.checkValidity(true, nullptr));
     empty.statistics(nullptr);
-    lumo.statistics(nullptr);
-    empty.getVertexPointers(vVtx);
-    EXPECT_TRUE(vVtx.empty());
     EXPECT_FALSE(empty.computeBoundingBox().isValid());
-    EXPECT_EQ(empty.getOrientation({0, 0, 0}, {1, 0, 0}, {0, 1, 0}), ORIENTATION2_CCW);
-    EXPECT_TRUE(isSound(other, square));
 }
 
 TEST(Lumo_2DTest, measuringTouchesTheTriangulation)
@@ -188,7 +163,7 @@ TEST(Lumo_2DTest, measuringTouchesTheTriangulation)
     Listener listener;
     lumo.subscribe(MSG_PROGRESS, &listener);
     CoutCapture out;
-    EXPECT_GT(lumo.measureTriangulationTime(cloud(2000, 3)), 0.0);
+    EXPECT_GT(lumo.measureTriangulationTime(oracles::Dice(3).points(2000, 9.0, 9.0)), 0.0);
     EXPECT_GE(lumo.measureTriangulationTime({}), 0.0);
     EXPECT_EQ(out.take(), "");
     EXPECT_EQ(listener.text, "");
@@ -217,47 +192,30 @@ TEST(Lumo_2DTest, drawingsLackEdges)
 {
     const TempWorkDir directory;
     const CoutCapture out;
-    Lumo_2D lumo, waiting;
+    Lumo_2D lumo;
     lumo.insert(square);
     lumo.show("lumo.ps");
-    waiting.insert({{0, 0, 0}, {1, 1, 0}});
-    waiting.show("waiting.ps");
     const std::string page = readFile("lumo.ps");
     std::size_t numLines = 0;
-    for (std::size_t at = page.find("lineto"); at != std::string::npos; at = page.find("lineto", at + 1)) {
-        ++numLines;
-    }
+    for (std::size_t at = 0; (at = page.find("lineto", at)) != std::string::npos; ++at) ++numLines;
     EXPECT_EQ(numLines, 8U) << "each edge once";
-    EXPECT_FALSE(readFile("waiting.ps").empty());
 }
 
 TEST(Lumo_2DTest, twoTriangulationsInTwoThreadsDisturbEachOther)
 {
-    const Points vPoints[2] = {cloud(3000, 1), cloud(3000, 2)};
-    bool bValid[2] = {false, false};
-    double height[2] = {0.0, 0.0};
-    const auto work = [&](int i) {
+    const auto work = [](std::uint64_t seed) {
+        const Points vPoints = oracles::Dice(seed).points(3000, 9.0, 9.0);
         Lumo_2D lumo;
-        lumo.setNumCPU(1 + i);
+        lumo.setNumCPU(static_cast<int>(seed));
         std::vector<Point2*> vHandles;
-        lumo.insert(vPoints[i], vHandles);
-        for (std::size_t k = 0; k < 500; ++k) {
-            lumo.remove(vHandles[k]);
-        }
+        lumo.insert(vPoints, vHandles);
+        for (std::size_t k = 0; k < 500; ++k) lumo.remove(vHandles[k]);
         lumo.measureTriangulationTime(square);
-        for (std::size_t k = 500; k < vPoints[i].size(); ++k) {
-            double h = 0.0;
-            if (lumo.getHeight(vPoints[i][k].x(), vPoints[i][k].y(), h)) height[i] += h - vHandles[k]->z();
-        }
-        bValid[i] = lumo.checkValidity(true, "thread") && lumo.numberOfPoints() == 2500;
+        EXPECT_TRUE(isSound(lumo, Points(vPoints.begin() + 500, vPoints.end())));
     };
-    std::thread first(work, 0), second(work, 1);
+    std::thread first(work, 1), second(work, 2);
     first.join();
     second.join();
-    for (const int i : {0, 1}) {
-        EXPECT_TRUE(bValid[i]);
-        EXPECT_EQ(height[i], 0.0);
-    }
 }
 
 } // namespace

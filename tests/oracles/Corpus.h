@@ -35,16 +35,14 @@ std::vector<CorpusEntry> plainCorpus(std::size_t maxPoints = std::numeric_limits
 /// maxPoints holds before doubling.
 std::vector<CorpusEntry> corpus(std::size_t maxPoints = std::numeric_limits<std::size_t>::max());
 
-/// Reads every ".txt" file below the folder. No such file, or one that breaks the form (tests/corpus/README.md), is an
-/// std::runtime_error that tells where.
-std::vector<CorpusEntry> readCorpusFolder(const std::string& folder);
-/// Reads one file in the corpus form.
+/// Reads one file in the corpus form (tests/corpus/README.md); one that breaks it is an std::runtime_error.
 CorpusEntry readCorpusFile(const std::string& path, const std::string& name);
-/// Writes the entry in the corpus form; the numbers come back bit for bit. False when the file can't be written.
+/// Writes the entry, whose segments end at its points, in the corpus form; the numbers come back bit for bit. False when
+/// the file can't be written.
 bool writeCorpusFile(const std::string& path, const CorpusEntry& entry);
 
-/// Put at the top of a loop over the corpus: names the entry in every failure, and when a check failed within its life,
-/// writes the input to "failed-<name>.txt" in the working directory and prints that name, so that a failure becomes a
+/// Put at the top of a loop over the corpus: names the entry in every failure, and for the first entry of a test that
+/// fails writes the input to "failed-<name>.txt" in the working directory and prints that name, so that a failure becomes a
 /// corpus entry by copying a file.
 class FailureKeeper
 {
@@ -57,7 +55,7 @@ public:
 private:
     const CorpusEntry& entry;
     ::testing::ScopedTrace trace;
-    int numFailuresBefore;
+    bool bFailedBefore;
     int numExceptionsBefore;
 };
 

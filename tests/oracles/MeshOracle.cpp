@@ -95,25 +95,21 @@ AssertionResult isDelaunay(const std::vector<Triangle2*>& vT, const std::vector<
         return vT.empty() ? AssertionSuccess() : AssertionFailure() << "triangles without area";
     }
     std::set<const Point2*> sCorners;
-    std::set<std::pair<double, double>> sPositions;
     for (const Triangle2* pT : vT) {
         for (int i = 0; i < 3; ++i) {
-            sCorners.insert(pT->getCorner(i));
-            sPositions.insert({pT->getCorner(i)->x(), pT->getCorner(i)->y()});
-            if (pT->getCorner(i)->getIncidentTriangle() == nullptr ||
-                !pT->getCorner(i)->getIncidentTriangle()->hasVertex(pT->getCorner(i))) {
-                return AssertionFailure() << "wrong incident triangle: " << *pT->getCorner(i);
-            }
+            const Point2* const pVtx = pT->getCorner(i);
+            sCorners.insert(pVtx);
+            if (pVtx->getIncidentTriangle() == nullptr || !pVtx->getIncidentTriangle()->hasVertex(pVtx))
+                return AssertionFailure() << "wrong incident triangle: " << *pVtx;
         }
         if (orientationSign(*pT->getCorner(0), *pT->getCorner(1), *pT->getCorner(2)) <= 0)
             return AssertionFailure() << "not counterclockwise: " << *pT;
     }
-    if (sCorners.size() != vDistinct.size() || sPositions.size() != vDistinct.size()) {
-        return AssertionFailure() << sCorners.size() << " corners for " << vDistinct.size() << " distinct points";
-    }
-    for (const Point2& p : vDistinct) {
-        if (sPositions.count({p.x(), p.y()}) == 0) return AssertionFailure() << "lost point: " << p;
-    }
+    std::vector<Point2> vCorners;
+    for (const Point2* pVtx : sCorners) vCorners.push_back(*pVtx);
+    std::sort(vCorners.begin(), vCorners.end());
+    if (vCorners != vDistinct)
+        return AssertionFailure() << vCorners.size() << " corners, not the " << vDistinct.size() << " distinct points";
     std::size_t numBorderEdges = 0;
     const AssertionResult edges = edgesMatch(vT, numBorderEdges);
     if (!edges) return edges;

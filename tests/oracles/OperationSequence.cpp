@@ -8,12 +8,10 @@
 
 #include <algorithm>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
 #include <stdexcept>
-#include <utility>
 
 namespace oracles
 {
@@ -26,15 +24,9 @@ namespace
 const char* const kindNames[] = {"insert", "vector", "coordinates", "threaded", "remove",
                                  "locate", "height", "export",      "clear"};
 
-/// Thrown by the runner, caught by it.
-struct Deviation : std::runtime_error
-{
-    using std::runtime_error::runtime_error;
-};
-
 void require(bool bHolds, const char* what)
 {
-    if (!bHolds) throw Deviation(what);
+    if (!bHolds) throw std::runtime_error(what);
 }
 
 /// The triangulation and its naive model.
@@ -45,34 +37,27 @@ public:
     void check() const;
 
 private:
-    using Place = std::pair<double, double>;
-
-    void insertOneByOne(const std::vector<Point2>& vPoints);
     void insertBulk(const Operation& op);
     void note(const Point2& p, Point2* pHandle);
     void remove(const Point2& p);
     void query(const Point2& p, bool bHeight) const;
     void exportArrays(bool bClear);
 
+    struct Vertex
+    {
+        double height; ///< of the first point there
+        Point2* pHandle;
+    };
     Lumo_2D lumo;
-    std::map<Place, double> mHeights;
-    std::map<Place, Point2*> mHandles;
+    std::map<std::pair<double, double>, Vertex> mVertices;
 };
 
 void Runner::note(const Point2& p, Point2* pHandle)
 {
-    const Place place(p.x(), p.y());
-    mHeights.emplace(place, p.z());
+    const Vertex& vertex = mVertices.insert({{p.x(), p.y()}, {p.z(), pHandle}}).first->second;
     require(pHandle != nullptr && *pHandle == p, "a handle at another position");
-    require(mHandles.emplace(place, pHandle).first->second == pHandle, "a second handle for one position");
-    require(pHandle->z() == mHeights[place], "a handle with another height than the first point there");
-}
-
-void Runner::insertOneByOne(const std::vector<Point2>& vPoints)
-{
-    for (const Point2& p : vPoints) {
-        note(p, lumo.insert(p));
-    }
+    require(vertex.pHandle == pHandle, "a second handle for one position");
+    require(vertex.height == pHandle->z(), "a handle with another height than the first point there");
 }
 
 void Runner::insertBulk(const Operation& op)
@@ -80,9 +65,7 @@ void Runner::insertBulk(const Operation& op)
     std::vector<Point2*> vHandles(op.vPoints.size());
     if (op.kind == Operation::COORDINATES) {
         std::vector<double> vCoords;
-        for (const Point2& p : op.vPoints) {
-            vCoords.insert(vCoords.end(), {p.x(), p.y(), p.z()});
-        }
+        for (const Point2& p : op.vPoints) vCoords.insert(vCoords.end(), {p.x(), p.y(), p.z()});
         lumo.insert(static_cast<int>(op.vPoints.size()), vCoords.data(), vHandles.data());
     } else {
         lumo.setNumCPU(op.kind == Operation::THREADED ? 4 : 1);
@@ -90,19 +73,17 @@ void Runner::insertBulk(const Operation& op)
         lumo.setNumCPU(1);
     }
     require(vHandles.size() == op.vPoints.size(), "another number of handles than points");
-    for (std::size_t i = 0; i < op.vPoints.size(); ++i) {
-        note(op.vPoints[i], vHandles[i]);
-    }
+    for (std::size_t i = 0; i < op.vPoints.size(); ++i) note(op.vPoints[i], vHandles[i]);
 }
 
 void Runner::remove(const Point2& p)
 {
-    const auto it = mHandles.find({p.x(), p.y()});
-    if (it == mHandles.end()) return;
-    lumo.remove(it->second);
-    require(it->second->getIncidentTriangle() == nullptr, "a removed vertex has a triangle");
-    mHeights.erase(it->first);
-    mHandles.erase(it);
+    const auto it = mVertices.find({p.x(), p.y()});
+    if (it == mVertices.end()) return;
+    lumo.remove(it->second.pHandle);
+    require(it->second.pHandle->getIncidentTriangle() == nullptr, "a removed vertex has a triangle");
+    mVertices.erase(it);
+    if (mVertices.size() < 100) check(); // of many, every single one would cost the square of their number
 }
 
 void Runner::query(const Point2& p, bool bHeight) const
@@ -118,15 +99,8 @@ void Runner::query(const Point2& p, bool bHeight) const
     }
     double height = -12345.0;
     require(lumo.getHeight(p.x(), p.y(), height) == !vAt.empty(), "a height where there is none, or none");
-    if (vAt.empty()) {
-        require(height == -12345.0, "a failed query changed the height");
-        return;
-    }
-    const auto itVertex = mHeights.find({p.x(), p.y()});
-    require(itVertex == mHeights.end() || itVertex->second == height, "a vertex has another height");
-    const auto [low, high] = std::minmax({vAt[0]->corner(0)->z(), vAt[0]->corner(1)->z(), vAt[0]->corner(2)->z()});
-    const double tolerance = 1e-9 * (1.0 + std::max(std::abs(low), std::abs(high)));
-    require(abs(mpq_class(height) - planeHeight(*vAt[0], p)) <= tolerance, "a height off the triangle's plane");
+    const mpq_class expected = vAt.empty() ? mpq_class(-12345) : planeHeight(*vAt[0], p);
+    require(abs(mpq_class(height) - expected) <= 1e-8, "a height off the triangle's plane, or changed outside");
 }
 
 void Runner::exportArrays(bool bClear)
@@ -134,66 +108,44 @@ void Runner::exportArrays(bool bClear)
     LumoExport record;
     const std::size_t numTriangles = lumo.numberOfTriangles();
     lumo.exportTriangulation(record, true, bClear);
-    require(static_cast<std::size_t>(record.numPoints) == mHeights.size(), "a wrong number of exported points");
+    require(static_cast<std::size_t>(record.numPoints) == mVertices.size(), "a wrong number of exported points");
     require(static_cast<std::size_t>(record.numTriangles) == numTriangles, "a wrong number of exported triangles");
     for (int v = 0; v < record.numPoints; ++v) {
         double x = 0.0, y = 0.0, z = 0.0;
         record.getCoordinates(v, x, y, z);
-        const auto it = mHeights.find({x, y});
-        require(it != mHeights.end() && it->second == z, "a wrong exported point");
+        const auto it = mVertices.find({x, y});
+        require(it != mVertices.end() && it->second.height == z, "a wrong exported point");
     }
-    if (!bClear) return;
-    mHeights.clear();
-    mHandles.clear();
+    if (bClear) mVertices.clear();
 }
 
 void Runner::perform(const Operation& op)
 {
-    switch (op.kind) {
-    case Operation::INSERT:
-        insertOneByOne(op.vPoints);
-        break;
-    case Operation::VECTOR:
-    case Operation::COORDINATES:
-    case Operation::THREADED:
+    if (op.kind >= Operation::EXPORT) exportArrays(op.kind == Operation::CLEAR);
+    if (op.kind >= Operation::VECTOR && op.kind <= Operation::THREADED) {
         insertBulk(op);
-        break;
-    case Operation::REMOVE:
-        for (const Point2& p : op.vPoints) {
-            remove(p);
-            if (mHeights.size() < 100) check(); // of many, every single one would cost the square of their number
-        }
-        break;
-    case Operation::LOCATE:
-    case Operation::HEIGHT:
-        for (const Point2& p : op.vPoints) {
-            query(p, op.kind == Operation::HEIGHT);
-        }
-        break;
-    case Operation::EXPORT:
-    case Operation::CLEAR:
-        exportArrays(op.kind == Operation::CLEAR);
-        break;
+        return;
+    }
+    for (const Point2& p : op.vPoints) {
+        if (op.kind == Operation::INSERT) note(p, lumo.insert(p));
+        if (op.kind == Operation::REMOVE) remove(p);
+        if (op.kind == Operation::LOCATE || op.kind == Operation::HEIGHT) query(p, op.kind == Operation::HEIGHT);
     }
 }
 
 void Runner::check() const
 {
     require(lumo.checkValidity(true, "after an operation"), "the triangulation isn't valid");
-    require(lumo.numberOfPoints() == mHeights.size(), "a wrong number of points");
     std::vector<Point2*> vVertices;
     lumo.getVertexPointers(vVertices);
-    require(vVertices.size() == mHeights.size(), "a wrong number of listed vertices");
+    require(lumo.numberOfPoints() == mVertices.size(), "a wrong number of points");
+    require(vVertices.size() == mVertices.size(), "a wrong number of listed vertices");
     for (Point2* pVtx : vVertices) {
-        const auto it = mHandles.find({pVtx->x(), pVtx->y()});
-        require(it != mHandles.end() && it->second == pVtx, "a vertex that should not be there");
-        require(pVtx->z() == mHeights.at(it->first), "a vertex with a wrong height");
+        const auto it = mVertices.find({pVtx->x(), pVtx->y()});
+        require(it != mVertices.end() && it->second.pHandle == pVtx, "a vertex that should not be there");
+        require(pVtx->z() == it->second.height, "a vertex with a wrong height");
         require((pVtx->getIncidentTriangle() != nullptr) == lumo.hasArea(), "a wrong incident triangle");
-    }
-    if (lumo.hasArea() || mHeights.size() < 3) return;
-    const Point2 &a = *vVertices[0], &b = *vVertices[1];
-    for (const Point2* p : vVertices) {
-        require(sideOf(a, b, *p) == 0, "points with area wait");
+        require(lumo.hasArea() || sideOf(*vVertices[0], *vVertices.back(), *pVtx) == 0, "points with area wait");
     }
 }
 
@@ -223,21 +175,21 @@ namespace
 template <class T>
 bool takeStretchesAway(std::vector<T>& vItems, const std::function<bool(const std::vector<T>&)>& fails)
 {
-    bool bChanged = false;
+    const std::size_t numBefore = vItems.size();
     for (std::size_t length = vItems.size(); length > 0; length /= 2) {
         for (std::size_t begin = 0; begin < vItems.size();) {
-            std::vector<T> vRest(vItems.begin(), vItems.begin() + static_cast<std::ptrdiff_t>(begin));
-            const std::size_t end = std::min(begin + length, vItems.size());
-            vRest.insert(vRest.end(), vItems.begin() + static_cast<std::ptrdiff_t>(end), vItems.end());
+            std::vector<T> vRest;
+            for (std::size_t i = 0; i < vItems.size(); ++i) {
+                if (i < begin || i >= begin + length) vRest.push_back(vItems[i]);
+            }
             if (fails(vRest)) {
                 vItems.swap(vRest);
-                bChanged = true;
             } else {
                 begin += length;
             }
         }
     }
-    return bChanged;
+    return vItems.size() != numBefore;
 }
 
 } // namespace
@@ -247,14 +199,11 @@ OperationSequence shrink(OperationSequence sequence, const std::function<bool(co
     for (bool bChanged = true; bChanged;) {
         bChanged = takeStretchesAway<Operation>(sequence, fails);
         for (std::size_t i = 0; i < sequence.size(); ++i) {
-            std::vector<Point2> vPoints = sequence[i].vPoints;
-            const bool bFewer = takeStretchesAway<Point2>(vPoints, [&](const std::vector<Point2>& vFewer) {
-                OperationSequence candidate = sequence;
+            OperationSequence candidate = sequence;
+            bChanged |= takeStretchesAway<Point2>(sequence[i].vPoints, [&](const std::vector<Point2>& vFewer) {
                 candidate[i].vPoints = vFewer;
                 return fails(candidate);
             });
-            sequence[i].vPoints = vPoints;
-            bChanged = bChanged || bFewer;
         }
     }
     return sequence;
@@ -262,16 +211,13 @@ OperationSequence shrink(OperationSequence sequence, const std::function<bool(co
 
 // ---- files ------------------------------------------------------------------------------------------------------
 
-bool writeSequenceFile(const std::string& path, const OperationSequence& sequence, const std::string& comment)
+bool writeSequenceFile(const std::string& path, const OperationSequence& sequence)
 {
     std::ofstream out(path);
     out.precision(17);
-    out << "# " << comment << '\n';
     for (const Operation& op : sequence) {
         out << "#: " << kindNames[op.kind] << ' ' << op.vPoints.size() << '\n';
-        for (const Point2& p : op.vPoints) {
-            out << "p " << p.x() << ' ' << p.y() << ' ' << p.z() << '\n';
-        }
+        for (const Point2& p : op.vPoints) out << "p " << p.x() << ' ' << p.y() << ' ' << p.z() << '\n';
     }
     out.close();
     return !out.fail();
@@ -280,36 +226,23 @@ bool writeSequenceFile(const std::string& path, const OperationSequence& sequenc
 OperationSequence readSequenceFile(const std::string& path)
 {
     const std::vector<Point2> vPoints = readCorpusFile(path, path).vPoints;
+    auto next = vPoints.begin();
     OperationSequence sequence;
-    std::size_t next = 0;
     std::ifstream in(path);
     for (std::string line; std::getline(in, line);) {
         if (line.rfind("#:", 0) != 0) continue;
         std::istringstream fields(line.substr(2));
         std::string name;
-        std::size_t count = 0;
+        std::ptrdiff_t count = 0;
         fields >> name >> count;
         const auto* const pName = std::find(std::begin(kindNames), std::end(kindNames), name);
-        if (!fields || pName == std::end(kindNames) || count > vPoints.size() - next)
+        if (!fields || pName == std::end(kindNames) || count > vPoints.end() - next)
             throw std::runtime_error(path + ": no such operation, or too few points: " + line);
-        const auto begin = vPoints.begin() + static_cast<std::ptrdiff_t>(next);
-        sequence.push_back({static_cast<Operation::Kind>(pName - std::begin(kindNames)),
-                            std::vector<Point2>(begin, begin + static_cast<std::ptrdiff_t>(count))});
+        sequence.push_back({static_cast<Operation::Kind>(pName - std::begin(kindNames)), {next, next + count}});
         next += count;
     }
-    if (!sequence.empty() && next != vPoints.size())
-        throw std::runtime_error(path + ": points that belong to no operation");
+    if (next != vPoints.end()) throw std::runtime_error(path + ": points that belong to no operation");
     return sequence;
-}
-
-std::vector<std::pair<std::string, OperationSequence>> corpusSequences()
-{
-    std::vector<std::pair<std::string, OperationSequence>> vSequences;
-    for (const auto& file : std::filesystem::directory_iterator(LUMO25D_CORPUS_DIR "/sequences")) {
-        vSequences.emplace_back(file.path().stem().string(), readSequenceFile(file.path().string()));
-    }
-    std::sort(vSequences.begin(), vSequences.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    return vSequences;
 }
 
 } // namespace oracles

@@ -32,9 +32,9 @@ struct Operation
 using OperationSequence = std::vector<Operation>;
 
 /// Carries the sequence out on a new triangulation beside a naive model (positions and the height of the first point at
-/// each). After every operation (and every removal from a small triangulation) the triangulation is checked,
-/// exactly, and compared with the model. Returns an empty text
-/// when all is well, else what went wrong at which operation. numCPU is left at 1 but in THREADED.
+/// each). After every operation (and every removal from a small triangulation) the triangulation is checked, exactly,
+/// and compared with the model. Returns an empty text when all is well, else what went wrong at which operation. numCPU
+/// is left at 1 but in THREADED.
 std::string runSequence(const OperationSequence& sequence);
 
 /// Takes operations and points away as long as the sequence still fails: in the end, no single one can be missed.
@@ -42,11 +42,9 @@ std::string runSequence(const OperationSequence& sequence);
 OperationSequence shrink(OperationSequence sequence, const std::function<bool(const OperationSequence&)>& fails);
 
 /// The corpus form, with a comment "#: name count" before the points of each operation: still readable as points alone.
-bool writeSequenceFile(const std::string& path, const OperationSequence& sequence, const std::string& comment);
-/// A file that breaks the form is an std::runtime_error; one without operations gives an empty sequence.
+bool writeSequenceFile(const std::string& path, const OperationSequence& sequence);
+/// A file that breaks the form is an std::runtime_error.
 OperationSequence readSequenceFile(const std::string& path);
-/// All sequences of tests/corpus/sequences, each with its file's name.
-std::vector<std::pair<std::string, OperationSequence>> corpusSequences();
 
 } // namespace oracles
 

@@ -2,9 +2,7 @@
 
 #include "oracles/ExactOracle.h"
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace oracles
 {
@@ -34,9 +32,8 @@ QueryTwin::QueryTwin(const std::vector<Triangle2*>& vT_) : vT(vT_)
 {
     for (const Triangle2* pT : vT) {
         for (int i = 0; i < 3; ++i) {
-            if (pT->getOppositeTriangle(i) == nullptr) {
-                vBorder.push_back({pT->getCorner((i + 1) % 3), pT->getCorner((i + 2) % 3)});
-            }
+            const BorderEdge edge = {pT->getCorner((i + 1) % 3), pT->getCorner((i + 2) % 3)};
+            if (pT->getOppositeTriangle(i) == nullptr) vBorder.push_back(edge);
         }
     }
 }
@@ -61,32 +58,21 @@ Triangle2* QueryTwin::triangleLeftOf(const Point2* p0, const Point2* p1) const
     return nullptr;
 }
 
-std::vector<Triangle2*> QueryTwin::trianglesAround(const Point2* pVtx) const
+std::set<Triangle2*> QueryTwin::trianglesAround(const Point2* pVtx) const
 {
-    std::vector<Triangle2*> vFound;
-    std::copy_if(vT.begin(), vT.end(), std::back_inserter(vFound),
-                 [pVtx](const Triangle2* pT) { return pT->hasVertex(pVtx); });
-    std::sort(vFound.begin(), vFound.end(), std::less<Triangle2*>());
-    return vFound;
-}
-
-std::vector<Point2*> QueryTwin::neighboursOf(const Point2* pVtx) const
-{
-    std::vector<Point2*> vFound;
-    for (const Triangle2* pT : trianglesAround(pVtx)) {
-        for (int i = 0; i < 3; ++i) {
-            if (pT->corner(i) != pVtx) vFound.push_back(pT->corner(i));
-        }
+    std::set<Triangle2*> sFound;
+    for (Triangle2* pT : vT) {
+        if (pT->hasVertex(pVtx)) sFound.insert(pT);
     }
-    std::sort(vFound.begin(), vFound.end(), std::less<Point2*>());
-    vFound.erase(std::unique(vFound.begin(), vFound.end()), vFound.end());
-    return vFound;
+    return sFound;
 }
 
-bool QueryTwin::isInHull(const Point2& p) const
+std::set<Point2*> QueryTwin::neighboursOf(const Point2* pVtx) const
 {
-    return std::all_of(vBorder.begin(), vBorder.end(),
-                       [&p](const BorderEdge& e) { return sideOf(*e.first, *e.second, p) >= 0; });
+    std::set<Point2*> sFound;
+    for (const Triangle2* pT : trianglesAround(pVtx)) sFound.insert({pT->corner(0), pT->corner(1), pT->corner(2)});
+    sFound.erase(const_cast<Point2*>(pVtx));
+    return sFound;
 }
 
 NearestOnHull QueryTwin::nearestOnHull(const Point2& p) const

@@ -6,6 +6,7 @@
 
 #include <gmpxx.h>
 
+#include <set>
 #include <vector>
 
 namespace oracles
@@ -41,9 +42,9 @@ public:
     std::vector<ORBI_LUMO25D::Triangle2*> trianglesAt(const ORBI_LUMO25D::Point2& p) const;
     /// The triangle with the edge from p0 to p1 on its counterclockwise way, or null.
     ORBI_LUMO25D::Triangle2* triangleLeftOf(const ORBI_LUMO25D::Point2* p0, const ORBI_LUMO25D::Point2* p1) const;
-    /// The triangles at a vertex, and its neighbours, both ordered by address.
-    std::vector<ORBI_LUMO25D::Triangle2*> trianglesAround(const ORBI_LUMO25D::Point2* pVtx) const;
-    std::vector<ORBI_LUMO25D::Point2*> neighboursOf(const ORBI_LUMO25D::Point2* pVtx) const;
+    /// The triangles at a vertex, and its neighbours.
+    std::set<ORBI_LUMO25D::Triangle2*> trianglesAround(const ORBI_LUMO25D::Point2* pVtx) const;
+    std::set<ORBI_LUMO25D::Point2*> neighboursOf(const ORBI_LUMO25D::Point2* pVtx) const;
 
     /// Border edges: the triangle lies to the left of first -> second.
     struct BorderEdge
@@ -56,7 +57,6 @@ public:
     NearestOnHull nearestOnHull(const ORBI_LUMO25D::Point2& p) const;
     /// Where the closed segment from src, strictly outside, to trg first meets the hull. False when it doesn't.
     bool entry(const ORBI_LUMO25D::Point2& src, const ORBI_LUMO25D::Point2& trg, mpq_class& x, mpq_class& y) const;
-    bool isInHull(const ORBI_LUMO25D::Point2& p) const;
 
 private:
     std::vector<ORBI_LUMO25D::Triangle2*> vT;
