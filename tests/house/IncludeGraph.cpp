@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
-#include <functional>
 #include <regex>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -21,50 +19,40 @@ std::vector<std::string> folderNames(const std::string& cell)
 {
     static const std::regex pattern("`([A-Za-z0-9_]+)/`");
     std::vector<std::string> v;
-    for (auto it = std::sregex_iterator(cell.begin(), cell.end(), pattern); it != std::sregex_iterator(); ++it) {
-        v.push_back((*it)[1]);
-    }
+    for (std::sregex_iterator it(cell.begin(), cell.end(), pattern), end; it != end; ++it) v.push_back((*it)[1]);
     return v;
 }
 
-/// One cycle of the graph as "a -> b -> a", or nothing.
+/// Adds the cycle of the graph that a walk from the last node of vPath meets first, as "a -> b -> a".
+bool findCycle(const Graph& graph, std::vector<std::string>& vPath, std::set<std::string>& sDone, std::string& cycle)
+{
+    const std::string node = vPath.back();
+    const auto first = std::find(vPath.begin(), vPath.end() - 1, node);
+    if (first != vPath.end() - 1) {
+        for (auto it = first; it != vPath.end(); ++it) cycle += (it == first ? "" : " -> ") + *it;
+        return true;
+    }
+    const auto edges = graph.find(node);
+    if (edges != graph.end() && sDone.count(node) == 0) {
+        for (const std::string& next : edges->second) {
+            vPath.push_back(next);
+            if (findCycle(graph, vPath, sDone, cycle)) return true;
+            vPath.pop_back();
+        }
+    }
+    sDone.insert(node);
+    return false;
+}
+
 std::string findCycle(const Graph& graph)
 {
-    enum class State
-    {
-        Open,
-        Done
-    };
-    std::map<std::string, State> mState;
-    std::vector<std::string> vPath;
-    const std::function<std::string(const std::string&)> visit = [&](const std::string& node) -> std::string {
-        const auto state = mState.find(node);
-        if (state != mState.end() && state->second == State::Done) return {};
-        vPath.push_back(node);
-        if (state != mState.end()) {
-            std::string text;
-            for (auto it = std::find(vPath.begin(), vPath.end(), node); it != vPath.end(); ++it) {
-                text += (text.empty() ? "" : " -> ") + *it;
-            }
-            return text;
-        }
-        mState[node] = State::Open;
-        const auto edges = graph.find(node);
-        if (edges != graph.end()) {
-            for (const std::string& next : edges->second) {
-                std::string cycle = visit(next);
-                if (!cycle.empty()) return cycle;
-            }
-        }
-        mState[node] = State::Done;
-        vPath.pop_back();
-        return {};
-    };
-    for (const auto& [node, edges] : graph) {
-        std::string cycle = visit(node);
-        if (!cycle.empty()) return cycle;
+    std::set<std::string> sDone;
+    std::string cycle;
+    for (const auto& entry : graph) {
+        std::vector<std::string> vPath = {entry.first};
+        if (findCycle(graph, vPath, sDone, cycle)) break;
     }
-    return {};
+    return cycle;
 }
 
 } // namespace
@@ -146,19 +134,11 @@ std::string IncludeGraph::resolve(const std::string& quoted) const
     return mFiles.count(key) != 0 ? key : std::string();
 }
 
-std::set<std::string> IncludeGraph::closure(const std::string& folder) const
+void IncludeGraph::addClosure(const std::string& folder, std::set<std::string>& sClosure) const
 {
-    std::set<std::string> sResult = {folder};
-    std::vector<std::string> vOpen = {folder};
-    while (!vOpen.empty()) {
-        const auto it = mFolders.find(vOpen.back());
-        vOpen.pop_back();
-        if (it == mFolders.end()) continue;
-        for (const std::string& below : it->second.sMayInclude) {
-            if (sResult.insert(below).second) vOpen.push_back(below);
-        }
-    }
-    return sResult;
+    const auto it = mFolders.find(folder);
+    if (!sClosure.insert(folder).second || it == mFolders.end()) return;
+    for (const std::string& below : it->second.sMayInclude) addClosure(below, sClosure);
 }
 
 void IncludeGraph::collectFolders(const std::string& key, std::set<std::string>& sFolders,
@@ -215,7 +195,8 @@ void IncludeGraph::checkLayers(Violations& v) const
             v.push_back(key + ": the folder is not in dt2Library/LAYERS.md");
             continue;
         }
-        const std::set<std::string> sAllowed = closure(file.folder);
+        std::set<std::string> sAllowed;
+        addClosure(file.folder, sAllowed);
         for (const std::string& quoted : file.vQuoted) {
             const std::string target = resolve(quoted);
             if (target.empty() || quoted == "engine/Dt2.h") continue;

@@ -47,7 +47,7 @@ private:
     /// The file that a quoted include means, by the form that the rules ask for; empty when there is none.
     std::string resolve(const std::string& quoted) const;
     /// Folder and everything that its headers may include, in turn.
-    std::set<std::string> closure(const std::string& folder) const;
+    void addClosure(const std::string& folder, std::set<std::string>& sClosure) const;
     /// The folders that an include of `key` brings in; looks through headers that belong to none.
     void collectFolders(const std::string& key, std::set<std::string>& sFolders, std::set<std::string>& sSeen) const;
 
