@@ -107,7 +107,8 @@ std::vector<Family> families()
 {
     std::vector<Family> v{
         drawn("the widest window", true, {0, 1, 0x1p124, 0x1.fffffffffffffp124}),
-        drawn("the widest small differences", true, {0, 1, 0x1p60, 0x1p61, 0x1.fffffffffffffp60, 0x1.fffffffffffffp61}),
+        drawn("about the widest small differences", true,
+              {0, 1, 0x1p60, 0x1p61, 0x1.fffffffffffffp61, 0x1.fffffffffffffp62}),
         drawn("a window too wide", false, {0, 1, 0x1p126, 0x1.fffffffffffffp126}),
         drawn("steps of 1e-160", true, {0, 1e-160, 2e-160, 3e-160, 5e-160}),
         drawn("steps of 1e-79", true, {0, 1e-79, 2e-79, 3e-79, 5e-79}),
