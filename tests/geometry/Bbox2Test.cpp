@@ -110,7 +110,7 @@ TEST(Bbox2, BoxesThatTouchIntersectAndPlusChangesItsLeftSide)
 
 TEST(Bbox2, GrowthTellsThePredicatesTheNewBound)
 {
-    for (const double x : {4.0, -12.0}) {
+    for (const double x : {4.0, -1200.0}) { // the bound has a margin of ten times its range
         OrbiTest orbiTest;
         Bbox2 box = boxOf(x, 0, x + 8, 2, &orbiTest);
         testing::internal::CaptureStdout();
