@@ -34,7 +34,8 @@ class Triangle2;
 class alignas(64) Chunk
 {
 public:
-    /// Items [pFirst, pLast) of the vault. Every stride-th of them is in the coarse triangulation already.
+    /// Items [pFirst, pLast) of the vault. Counted from pRangeBegin, the last of every sampleDistance + 1 items is in the
+    /// coarse triangulation already.
     Chunk(Dt2* pDt2_, const IdxVtxAct* pRangeBegin_, std::size_t sampleDistance_, const IdxVtxAct* pFirst_,
           const IdxVtxAct* pLast_);
     /// Hands the triangles that were not used back to the engine.

@@ -29,7 +29,7 @@ class WaitingPoints;
 /// 2. When the triangulation has area and no insertion runs, an active vertex has an incident triangle and an
 ///    inactive one has none.
 /// 3. dupIsClean() holds whenever no insertion runs.
-/// 4. Items before numSorted() are sorted along the curve (inactive ones may stand anywhere among them); later ones
+/// 4. Items before numSorted are sorted along the curve (inactive ones may stand anywhere among them); later ones
 ///    were appended since and are found by scans only.
 class VertexVault
 {
@@ -60,7 +60,6 @@ public:
     const IdxVtxAct* begin() const { return vItems.data(); }
     const IdxVtxAct* end() const { return vItems.data() + vItems.size(); }
     std::size_t numItems() const { return vItems.size(); }
-    std::size_t getNumSorted() const { return numSorted; }
 
     /// A triangle whose vertex lies near the curve position; never null. Without area: a failed condition.
     Triangle2* getCloseTriangle(std::uint32_t idx) const;
