@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -17,8 +18,9 @@ namespace ORBI_LUMO25D
 ///
 /// After I. Kamel, C. Faloutsos: On Packing R-trees. CIKM 1993: the boxes are sorted by the position of their centres
 /// along a Hilbert curve, successive ones form a node, successive nodes a node of the next level. Particular here: a
-/// node is its place in an array; and a stretch of boxes that share a cell of the curve is sorted along a curve of its
-/// own extent, so that outliers don't spoil the order of the rest.
+/// node is its place in an array; a stretch of boxes that share a cell of the curve is sorted along a curve of its own
+/// extent, so that outliers don't spoil the order of the rest; and nodes hold their children's boxes rounded, so that a
+/// query touches little memory. The boxes themselves are there for the few cases that those can't tell.
 ///
 /// Boxes are added, then build() is called; a later add() undoes that. Bounds must be finite numbers.
 template <std::size_t Dim>
@@ -49,21 +51,16 @@ public:
     template <class MakeCurve>
     void build(const MakeCurve& makeCurve);
 
-    /// Calls f(number) for each box that shares a point with q; when built. Always in the same order.
+    /// Calls f(number) for each box that shares a point with q, whose bounds may be infinite; when built. Always in the
+    /// same order.
     template <class F>
-    void forEachIntersecting(const Box& q, const F& f) const
-    {
-        if (!vNodes.empty()) visit(vLevels.size() - 1, 0, q, f);
-    }
+    void forEachIntersecting(const Box& q, const F& f) const;
 
-    /// The number whose distance from p is smallest, the smallest one on ties, among those not further than
-    /// maxSqDistance; when built. distanceOf(number, squared distance of its box) gives the squared distance of what the
-    /// box holds, which is never less.
-    template <class Distance>
-    bool findClosest(const double (&p)[Dim], double maxSqDistance, const Distance& distanceOf, std::size_t& index,
-                     double& sqDistance) const
+    /// The number whose box is closest to p, the smallest one on ties, among those not further than maxSqDistance; when
+    /// built.
+    bool findClosest(const double (&p)[Dim], double maxSqDistance, std::size_t& index, double& sqDistance) const
     {
-        Closest<Distance> closest{p, distanceOf, maxSqDistance, 0, false};
+        Closest closest{p, maxSqDistance, 0, false};
         if (!vNodes.empty()) approach(vLevels.size() - 1, 0, closest);
         if (!closest.bFound) return false;
         index = closest.index;
@@ -73,33 +70,22 @@ public:
 
 private:
     using Node = BoxNode<Dim>;
+    using Mask = typename Node::Mask;
     static constexpr std::size_t fanOut = Node::fanOut;
+    static constexpr std::size_t maxLevels = 7;
+    static_assert(KeyedPosition::maxPositions <= std::uint64_t(1) << 5 * maxLevels && fanOut == 1U << 5U);
 
-    template <class Distance>
     struct Closest
     {
         const double (&p)[Dim];
-        const Distance& distanceOf;
         double sqDistance;
         std::size_t index;
         bool bFound;
     };
 
-    template <class F>
-    void visit(std::size_t level, std::size_t i, const Box& q, const F& f) const
-    {
-        for (unsigned mask = vNodes[vLevels[level] + i].hits(q); mask != 0; mask &= mask - 1) {
-            const std::size_t child = i * fanOut + static_cast<unsigned>(__builtin_ctz(mask));
-            if (level == 0) {
-                f(vIndices[child]);
-            } else {
-                visit(level - 1, child, q, f);
-            }
-        }
-    }
-
-    template <class Distance>
-    void approach(std::size_t level, std::size_t i, Closest<Distance>& closest) const;
+    static std::size_t lowestBit(Mask mask) { return static_cast<unsigned>(__builtin_ctz(mask)); }
+    Mask hitsOfLeaf(std::size_t i, const Box& q) const;
+    void approach(std::size_t level, std::size_t i, Closest& closest) const;
     void centreOf(std::size_t position, double (&c)[Dim]) const
     {
         const Box& box = vBoxes[position];
@@ -108,11 +94,11 @@ private:
     Box extentOfCentres(const KeyedPosition* pItems, std::size_t n) const;
     template <class MakeCurve>
     void order(KeyedPosition* pItems, KeyedPosition* pScratch, std::size_t n, const MakeCurve& makeCurve) const;
-    void stackNodes(const std::vector<KeyedPosition>& vOrder);
+    void stackNodes();
     void unpack();
 
-    std::vector<Box> vBoxes;           ///< of the numbers in vIndices; empty when built
-    std::vector<std::size_t> vIndices; ///< as added; when built, as the lowest level's children
+    std::vector<std::size_t> vIndices; ///< as added; when built, along the curve
+    std::vector<Box> vBoxes;           ///< of the numbers in vIndices; when built, those of the nodes in vNodes follow
     std::vector<Node> vNodes;          ///< level by level from the lowest one; the last one is the root
     std::vector<std::size_t> vLevels;  ///< where each begins in vNodes
     bool bBuilt = false;
@@ -131,12 +117,21 @@ void PackedBoxTree<Dim>::build(const MakeCurve& makeCurve)
         for (std::size_t i = 0; i < n; ++i) vOrder[i] = KeyedPosition(0, i);
         order(vOrder.data(), vScratch.data(), n, makeCurve);
     }
-    stackNodes(vOrder);
+    const std::size_t mostNodes = n / (fanOut - 1) + maxLevels;
     std::vector<std::size_t> vSortedIndices;
+    std::vector<Box> vSortedBoxes;
     vSortedIndices.reserve(n);
-    for (const KeyedPosition& item : vOrder) vSortedIndices.push_back(vIndices[item.position()]);
+    vSortedBoxes.reserve(n + mostNodes);
+    for (const KeyedPosition& item : vOrder) {
+        vSortedIndices.push_back(vIndices[item.position()]);
+        vSortedBoxes.push_back(vBoxes[item.position()]);
+    }
+    vNodes.reserve(mostNodes);
+    vLevels.reserve(maxLevels);
+    // From here on nothing can fail.
     vIndices.swap(vSortedIndices);
-    vBoxes = std::vector<Box>();
+    vBoxes.swap(vSortedBoxes);
+    stackNodes();
     bBuilt = true;
 }
 
@@ -178,54 +173,82 @@ void PackedBoxTree<Dim>::order(KeyedPosition* pItems, KeyedPosition* pScratch, s
     }
 }
 
+/// The children of each level's nodes are successive boxes, and so are the nodes' own boxes, which become the children of
+/// the next level.
 template <std::size_t Dim>
-void PackedBoxTree<Dim>::stackNodes(const std::vector<KeyedPosition>& vOrder)
+void PackedBoxTree<Dim>::stackNodes()
 {
-    vLevels.clear();
-    vNodes.clear();
-    std::size_t numChildren = vOrder.size();
-    vNodes.reserve(numChildren / (fanOut - 1) + 64);
-    std::vector<Box> vBoxesOfNodes;
-    for (bool bLowest = true; bLowest ? numChildren > 0 : numChildren > 1; bLowest = false) {
+    std::size_t firstChild = 0;
+    while (firstChild == 0 ? !vBoxes.empty() : vBoxes.size() - firstChild > 1) {
         vLevels.push_back(vNodes.size());
-        for (std::size_t begin = 0; begin < numChildren; begin += fanOut) {
-            Node node;
-            Box boxOfNode = Box::nothing();
-            for (std::size_t i = 0; i < fanOut; ++i) {
-                if (begin + i >= numChildren) {
-                    node.setEmpty(i);
-                    continue;
-                }
-                const Box& box = bLowest ? vBoxes[vOrder[begin + i].position()] : vBoxesOfNodes[begin + i];
-                node.set(i, box);
-                boxOfNode.add(box);
-            }
-            vNodes.push_back(node);
-            // In place: nodes are fewer than children, and those up to here are done with.
-            if (bLowest) {
-                vBoxesOfNodes.push_back(boxOfNode);
-            } else {
-                vBoxesOfNodes[begin / fanOut] = boxOfNode;
-            }
+        const std::size_t endOfChildren = vBoxes.size();
+        for (std::size_t begin = firstChild; begin < endOfChildren; begin += fanOut) {
+            const std::size_t end = std::min(begin + fanOut, endOfChildren);
+            Box common = Box::nothing();
+            for (std::size_t i = begin; i < end; ++i) common.add(vBoxes[i]);
+            Node& node = vNodes.emplace_back(common);
+            for (std::size_t i = begin; i < end; ++i) node.set(i - begin, vBoxes[i]);
+            vBoxes.push_back(common);
         }
-        numChildren = (numChildren + fanOut - 1) / fanOut;
+        firstChild = endOfChildren;
     }
 }
 
-/// Takes the boxes back out of the lowest level.
 template <std::size_t Dim>
 void PackedBoxTree<Dim>::unpack()
 {
-    vBoxes.reserve(vIndices.size() + 1);
-    for (std::size_t i = 0; i < vIndices.size(); ++i) vBoxes.push_back(vNodes[i / fanOut].get(i % fanOut));
+    vBoxes.resize(vIndices.size());
     vNodes.clear();
     vLevels.clear();
     bBuilt = false;
 }
 
 template <std::size_t Dim>
-template <class Distance>
-void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest<Distance>& closest) const
+template <class F>
+void PackedBoxTree<Dim>::forEachIntersecting(const Box& q, const F& f) const
+{
+    if (vNodes.empty()) return;
+    // Nodes still to be looked at. Of each level they are children of one node.
+    struct Place
+    {
+        std::size_t level, i;
+    };
+    Place aOpen[maxLevels * fanOut];
+    std::size_t numOpen = 0;
+    aOpen[numOpen++] = {vLevels.size() - 1, 0};
+    while (numOpen > 0) {
+        const Place at = aOpen[--numOpen];
+        if (at.level == 0) {
+            for (Mask mask = hitsOfLeaf(at.i, q); mask != 0; mask &= mask - 1) {
+                f(vIndices[at.i * fanOut + lowestBit(mask)]);
+            }
+            continue;
+        }
+        const Node& node = vNodes[vLevels[at.level] + at.i];
+        for (Mask mask = node.template meeting<Node::mayMeet>(node.cellsOf(q)); mask != 0; mask &= mask - 1) {
+            const std::size_t child = at.i * fanOut + lowestBit(mask);
+            vNodes[vLevels[at.level - 1] + child].prefetch(); // the others are looked at meanwhile
+            aOpen[numOpen++] = {at.level - 1, child};
+        }
+    }
+}
+
+/// Bit j: the box of child j of the lowest level's node i shares a point with q.
+template <std::size_t Dim>
+typename PackedBoxTree<Dim>::Mask PackedBoxTree<Dim>::hitsOfLeaf(std::size_t i, const Box& q) const
+{
+    const Node& node = vNodes[i];
+    const typename Node::Cells cells = node.cellsOf(q);
+    Mask hits = node.template meeting<Node::mayMeet>(cells);
+    for (Mask unsure = hits & ~node.template meeting<Node::mustMeet>(cells); unsure != 0; unsure &= unsure - 1) {
+        const std::size_t child = lowestBit(unsure);
+        if (!vBoxes[i * fanOut + child].intersects(q)) hits &= ~(Mask(1) << child);
+    }
+    return hits;
+}
+
+template <std::size_t Dim>
+void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest& closest) const
 {
     // Children in the order of their distances, so that the bound is small before the others are looked at.
     struct Child
@@ -235,13 +258,14 @@ void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest<Dist
     };
     Child aChildren[fanOut];
     std::size_t numChildren = 0;
-    const Node& node = vNodes[vLevels[level] + i];
-    for (std::size_t j = 0; j < fanOut && !node.isEmpty(j); ++j) {
-        const double sqDistance = node.get(j).sqDistance(closest.p);
+    const std::size_t numBelow = level == 0 ? size() : vLevels[level] - vLevels[level - 1];
+    const Box* const pBoxes = vBoxes.data() + (level == 0 ? 0 : size() + vLevels[level - 1]);
+    for (std::size_t j = i * fanOut; j < std::min((i + 1) * fanOut, numBelow); ++j) {
+        const double sqDistance = pBoxes[j].sqDistance(closest.p);
         if (!(sqDistance <= closest.sqDistance)) continue;
         std::size_t k = numChildren++;
         for (; k > 0 && aChildren[k - 1].sqDistance > sqDistance; --k) aChildren[k] = aChildren[k - 1];
-        aChildren[k] = {sqDistance, i * fanOut + j};
+        aChildren[k] = {sqDistance, j};
     }
     for (std::size_t k = 0; k < numChildren && aChildren[k].sqDistance <= closest.sqDistance; ++k) {
         if (level > 0) {
@@ -249,7 +273,7 @@ void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest<Dist
             continue;
         }
         const std::size_t index = vIndices[aChildren[k].i];
-        const double sqDistance = closest.distanceOf(index, aChildren[k].sqDistance);
+        const double sqDistance = aChildren[k].sqDistance;
         const bool bCloser = sqDistance < closest.sqDistance ||
                              (sqDistance == closest.sqDistance && (!closest.bFound || index < closest.index));
         if (!bCloser) continue;

@@ -19,41 +19,17 @@ namespace
 
 constexpr double unknownHeight = std::numeric_limits<double>::max();
 
-double sqDistance2D(const Point2& p, const Point2& q)
-{
-    const double dx = p.x() - q.x();
-    const double dy = p.y() - q.y();
-    return dx * dx + dy * dy;
-}
-
-/// A difference of two points, scaled.
+/// A vector times 2^exponent. Its largest component is neither so large nor so small that products of two of them
+/// overflow or lose more than their roundings, unless it is the null vector.
 struct Offset
 {
     double x, y, z;
+    int exponent;
 };
 
-Offset offset(const Point2& from, const Point2& to, double scale, bool bWithHeight)
+double maxAbs(const Offset& v)
 {
-    return {to.x() * scale - from.x() * scale, to.y() * scale - from.y() * scale,
-            bWithHeight ? to.z() * scale - from.z() * scale : 0.0};
-}
-
-/// A power of two under which differences of these coordinates can't overflow, nor can sums of their products with
-/// components of at most 2.
-double safeScale(double maxAbs)
-{
-    return maxAbs < 0x1p1000 ? 1.0 : 0x1p-30;
-}
-
-/// The direction of v, not normalised but scaled by a power of two, 2^exponent, so that its largest component is in
-/// [1, 2) in size. False for the null vector.
-bool scaledDirection(const Offset& v, Offset& direction, int& exponent)
-{
-    const double largest = std::max(std::fabs(v.x), std::max(std::fabs(v.y), std::fabs(v.z)));
-    if (largest == 0.0) return false;
-    exponent = -std::ilogb(largest);
-    direction = {std::scalbn(v.x, exponent), std::scalbn(v.y, exponent), std::scalbn(v.z, exponent)};
-    return true;
+    return std::max(std::fabs(v.x), std::max(std::fabs(v.y), std::fabs(v.z)));
 }
 
 double dot(const Offset& v, const Offset& w)
@@ -61,25 +37,46 @@ double dot(const Offset& v, const Offset& w)
     return v.x * w.x + v.y * w.y + v.z * w.z;
 }
 
+/// Of the part without the power of two.
 double norm(const Offset& v)
 {
-    return std::hypot(v.x, v.y, v.z);
+    return std::sqrt(dot(v, v));
 }
 
-double distanceFromSegment(const Point2& a, const Point2& b, const Point2& p, double maxAbs, bool bInSpace)
+Offset offset(const Point2& from, const Point2& to, bool bWithHeight)
 {
-    const double scale = safeScale(maxAbs);
-    const Offset v = offset(a, b, scale, bInSpace);
-    const Offset fromA = offset(a, p, scale, bInSpace);
-    const Offset fromB = offset(b, p, scale, bInSpace);
-    Offset d{};
-    int exponent = 0;
-    if (!scaledDirection(v, d, exponent)) return norm(fromA) / scale;
-    if (dot(fromA, d) <= 0.0) return norm(fromA) / scale;
-    if (dot(fromB, d) >= 0.0) return norm(fromB) / scale;
-    const Offset fromNearer = norm(fromA) <= norm(fromB) ? fromA : fromB;
-    const double s = dot(fromNearer, d) / dot(d, d);
-    return norm({fromNearer.x - s * d.x, fromNearer.y - s * d.y, fromNearer.z - s * d.z}) / scale;
+    Offset v{to.x() - from.x(), to.y() - from.y(), bWithHeight ? to.z() - from.z() : 0.0, 0};
+    if (maxAbs(v) == 0.0 || (maxAbs(v) > 0x1p-400 && maxAbs(v) < 0x1p400)) return v;
+    if (!std::isfinite(maxAbs(v))) {
+        v = {0.5 * to.x() - 0.5 * from.x(), 0.5 * to.y() - 0.5 * from.y(),
+             bWithHeight ? 0.5 * to.z() - 0.5 * from.z() : 0.0, 1};
+    }
+    const int shift = std::ilogb(maxAbs(v));
+    return {std::scalbn(v.x, -shift), std::scalbn(v.y, -shift), std::scalbn(v.z, -shift), v.exponent + shift};
+}
+
+bool isShorterOrEqual(const Offset& v, const Offset& w)
+{
+    return norm(v) <= std::scalbn(norm(w), w.exponent - v.exponent);
+}
+
+/// start + x * 2^exponent; infinite only where the sum is no double.
+double sumWithScaled(double start, double x, int exponent)
+{
+    const double sum = start + std::scalbn(x, exponent);
+    return std::isfinite(sum) ? sum : 2.0 * (0.5 * start + std::scalbn(x, exponent - 1));
+}
+
+double distanceFromSegment(const Point2& a, const Point2& b, const Point2& p, bool bInSpace)
+{
+    const Offset v = offset(a, b, bInSpace);
+    const Offset fromA = offset(a, p, bInSpace);
+    const Offset fromB = offset(b, p, bInSpace);
+    if (dot(fromA, v) <= 0.0) return std::scalbn(norm(fromA), fromA.exponent); // a point, too
+    if (dot(fromB, v) >= 0.0) return std::scalbn(norm(fromB), fromB.exponent);
+    const Offset& w = isShorterOrEqual(fromA, fromB) ? fromA : fromB;
+    const double s = dot(w, v) / dot(v, v);
+    return std::scalbn(norm({w.x - s * v.x, w.y - s * v.y, w.z - s * v.z, 0}), w.exponent);
 }
 
 /// Whether the directions of two segments have the exact determinant 0.
@@ -133,10 +130,18 @@ bool crossPlainly(const Segment2& a, const Segment2& b, double& x, double& y)
     return true;
 }
 
-/// Two points that aren't both strictly on one side.
-bool straddle(Orientation2 o0, Orientation2 o1)
+/// The height at v between those at two places on an axis, exact at both. From the nearer place; with products of their
+/// own, since the difference of heights may overflow.
+double heightAlong(double zA, double zB, double a, double b, double v)
 {
-    return o0 != o1 || o0 == ORIENTATION2_COLLINEAR;
+    if (a == b) return zA;
+    // Where a difference overflows, halves lose nothing that counts.
+    const double scale = std::isfinite(b - a) ? 1.0 : 0.5;
+    const double extent = b * scale - a * scale;
+    const double t = std::clamp((v * scale - a * scale) / extent, 0.0, 1.0);
+    const double s = std::clamp((b * scale - v * scale) / extent, 0.0, 1.0);
+    const double z = t <= 0.5 ? zA + (t * zB - t * zA) : zB + (s * zA - s * zB);
+    return std::clamp(z, std::min(zA, zB), std::max(zA, zB));
 }
 
 void clampToBox(const Segment2& s, double& x, double& y)
@@ -167,13 +172,6 @@ bool isStrictlyBetween(const Point2& p, const Point2& q, const Point2& r)
     return p < q ? p < r && r < q : q < r && r < p;
 }
 
-bool isInRange2D(const Point2& p, const Point2& q, const Point2& r)
-{
-    if (r == p || r == q) return true;
-    const double sqLength = sqDistance2D(p, q);
-    return sqLength >= sqDistance2D(p, r) && sqLength >= sqDistance2D(q, r);
-}
-
 bool approxHasOn(const Point2& p, const Point2& q, const Point2& r)
 {
     const double maxAbs = std::max(p.getMaxAbs(), std::max(q.getMaxAbs(), r.getMaxAbs()));
@@ -191,8 +189,13 @@ double interpolateHeight(const Point2& a, const Point2& b, double x, double y)
         std::swap(bx, by);
         std::swap(x, y);
     }
-    if (ax == bx) return a.z();
-    const double result = (b.z() - a.z()) / (bx - ax) * (x - ax) + a.z();
+    if (ax == bx || a.z() == b.z()) return a.z();
+    const double slope = (b.z() - a.z()) / (bx - ax);
+    // Beyond the range of doubles, or near its ends, the quotient would tell little or nothing.
+    if (!(std::fabs(slope) > 0x1p-900 && std::fabs(slope) < 0x1p900)) {
+        return heightAlong(a.z(), b.z(), ax, bx, x);
+    }
+    const double result = slope * (x - ax) + a.z();
     const auto range = std::minmax({a.z(), b.z()});
     if (result >= range.first && result <= range.second) return result;
 
@@ -200,63 +203,46 @@ double interpolateHeight(const Point2& a, const Point2& b, double x, double y)
     text.imbue(std::locale::classic());
     text << "\n ** Numeric deviation, minZ=" << range.first << ", maxZ=" << range.second << ", result=" << result;
     printLine(text.str());
-    // Where the product overflowed in between, nothing but the plain way is left.
-    return std::isnan(result) ? heightOnSegment(a, b, x, y) : std::clamp(result, range.first, range.second);
+    return std::clamp(result, range.first, range.second);
 }
 
 double heightOnSegment(const Point2& a, const Point2& b, double x, double y)
 {
     if (a.z() == unknownHeight || b.z() == unknownHeight) return unknownHeight;
     if (a.z() == b.z()) return a.z();
-    // Halved where differences could overflow.
-    const double scale = std::max(a.getMaxAbs(), b.getMaxAbs()) < 0x1p1000 ? 1.0 : 0.25;
-    const double dx = b.x() * scale - a.x() * scale;
-    const double dy = b.y() * scale - a.y() * scale;
-    const bool bAlongX = std::fabs(dx) >= std::fabs(dy);
-    const double extent = bAlongX ? dx : dy;
-    if (extent == 0.0) return a.z();
-    const double fromA = bAlongX ? x * scale - a.x() * scale : y * scale - a.y() * scale;
-    const double fromB = bAlongX ? x * scale - b.x() * scale : y * scale - b.y() * scale;
-    const auto range = std::minmax({a.z(), b.z()});
-    // From the nearer end, so that both are met exactly. Products of their own: the difference of heights may overflow.
-    const double t = std::clamp(fromA / extent, 0.0, 1.0);
-    const double s = std::clamp(-fromB / extent, 0.0, 1.0);
-    const double z = t <= 0.5 ? a.z() + (t * b.z() - t * a.z()) : b.z() + (s * a.z() - s * b.z());
-    return std::clamp(z, range.first, range.second);
+    // Where both overflow, either will do.
+    const bool bAlongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
+    return bAlongX ? heightAlong(a.z(), b.z(), a.x(), b.x(), x) : heightAlong(a.z(), b.z(), a.y(), b.y(), y);
 }
 
 // ---- feet and distances ---------------------------------------------------------------------------------------------
 
 Point2 footOfPerpendicular(const Point2& a, const Point2& b, const Point2& p)
 {
-    const double scale = safeScale(std::max(a.getMaxAbs(), std::max(b.getMaxAbs(), p.getMaxAbs())));
-    Offset d{};
-    int exponent = 0;
-    if (!scaledDirection(offset(a, b, scale, false), d, exponent)) return Point2(a.x(), a.y(), a.z());
-    const Offset fromA = offset(a, p, scale, false);
-    const Offset fromB = offset(b, p, scale, false);
-    const bool bFromA = norm(fromA) <= norm(fromB);
+    const Offset v = offset(a, b, false);
+    const Offset fromA = offset(a, p, false);
+    const Offset fromB = offset(b, p, false);
+    if (a == b) return Point2(a.x(), a.y(), a.z());
+    const bool bFromA = isShorterOrEqual(fromA, fromB);
     const Point2& start = bFromA ? a : b;
-    const double s = dot(bFromA ? fromA : fromB, d) / dot(d, d);
+    const Offset& w = bFromA ? fromA : fromB;
+    const double s = dot(w, v) / dot(v, v);
     double z = unknownHeight;
     if (a.z() != unknownHeight && b.z() != unknownHeight) {
-        const double t = std::scalbn(s, exponent);
-        z = a.z() == b.z() || s == 0.0 ? start.z() : start.z() + (t * b.z() - t * a.z());
+        const Offset rise = offset(Point2(0.0, 0.0, a.z()), Point2(0.0, 0.0, b.z()), true);
+        z = sumWithScaled(start.z(), s * rise.z, w.exponent - v.exponent + rise.exponent);
     }
-    return Point2(start.x() + s * d.x / scale, start.y() + s * d.y / scale, z);
+    return Point2(sumWithScaled(start.x(), s * v.x, w.exponent), sumWithScaled(start.y(), s * v.y, w.exponent), z);
 }
 
 double distanceFromSegment2D(const Point2& a, const Point2& b, const Point2& p)
 {
-    const double maxAbs = std::max(a.getMaxAbs(), std::max(b.getMaxAbs(), p.getMaxAbs()));
-    return distanceFromSegment(a, b, p, maxAbs, false);
+    return distanceFromSegment(a, b, p, false);
 }
 
 double distanceFromSegment25D(const Point2& a, const Point2& b, const Point2& p)
 {
-    const double maxAbs2D = std::max(a.getMaxAbs(), std::max(b.getMaxAbs(), p.getMaxAbs()));
-    const double maxAbsZ = std::max(std::fabs(a.z()), std::max(std::fabs(b.z()), std::fabs(p.z())));
-    return distanceFromSegment(a, b, p, std::max(maxAbs2D, maxAbsZ), true);
+    return distanceFromSegment(a, b, p, true);
 }
 
 // ---- crossings ------------------------------------------------------------------------------------------------------
@@ -273,7 +259,8 @@ bool computeCrossing(OrbiTest& orbiTest, const Segment2& first, const Segment2& 
         (o1 == ORIENTATION2_COLLINEAR && o2 == ORIENTATION2_COLLINEAR)) {
         return false;
     }
-    const bool bInBoth = straddle(o3, o4) && straddle(o1, o2);
+    // No two ends of one segment are on the other's line now.
+    const bool bInBoth = o3 != o4 && o1 != o2;
     double x = 0.0, y = 0.0;
     if (!bInBoth) {
         if (areParallel(first, second)) return false;

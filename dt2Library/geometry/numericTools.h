@@ -10,8 +10,9 @@ namespace ORBI_LUMO25D
 class OrbiTest;
 
 // Constructions: results that are numbers, not decisions. Each contract tells how far off they may be; u is 2^-53, the
-// rounding of one operation. All coordinates must be finite numbers. No function here keeps a state: any thread may call
-// any of them.
+// rounding of one operation; next to 0, where doubles have fewer bits, twice the smallest of them comes to each bound, and
+// what lies beyond the largest is infinite. All coordinates must be finite numbers. No function here keeps a state: any
+// thread may call any of them.
 
 // ---- ranges ---------------------------------------------------------------------------------------------------------
 
@@ -23,10 +24,6 @@ bool commonRange(double a0, double a1, double b0, double b1, double& lo, double&
 /// this is exact too, and means that the squared distance of p and q is larger than those of p, r and of q, r.
 bool isStrictlyBetween(const Point2& p, const Point2& q, const Point2& r);
 
-/// The range test for points near a segment: r equals an end, or its squared distances from both ends are at most the
-/// segment's squared length. In plain floating point; r off the segment may pass, up to a third of a turn at the ends.
-bool isInRange2D(const Point2& p, const Point2& q, const Point2& r);
-
 /// True when r is on the segment p q but for the rounding of its coordinates: its distance in the plane is at most 2^-40
 /// times the largest coordinate of the three points (6e-6 m for coordinates of 6 700 km).
 bool approxHasOn(const Point2& p, const Point2& q, const Point2& r);
@@ -34,8 +31,9 @@ bool approxHasOn(const Point2& p, const Point2& q, const Point2& r);
 // ---- heights --------------------------------------------------------------------------------------------------------
 
 /// The height at (x, y) on the straight line through a and b, by the axis in which they are further apart, clamped to
-/// the heights of a and b. A value that had to be clamped is told on the standard output. Without extent in the plane,
-/// or when a height isn't known (the largest double): the height of a, the largest double.
+/// the heights of a and b. A value that had to be clamped is told on the standard output. Off by at most 16u times the
+/// larger height in size. Without extent in the plane, or when a height isn't known (the largest double): the height of
+/// a, the largest double.
 double interpolateHeight(const Point2& a, const Point2& b, double x, double y);
 
 /// The same without a word, and exact at both ends: for positions that are known to be on the segment but for rounding.
@@ -45,11 +43,12 @@ double heightOnSegment(const Point2& a, const Point2& b, double x, double y);
 
 /// The foot of the perpendicular from p on the line through a and b, in the plane; its height is that of the line there,
 /// beyond the segment too, or the largest double where a height isn't known. Exactly a (or b) when p is. Off by at most
-/// 32u times the larger of the largest coordinate and the distance of p from the nearer end. a when a equals b.
+/// 32u times the larger of the largest coordinate and the distance of p from the nearer end; in height by 32u times that
+/// distance and the line's slope, and 4u times the largest height, the foot's included. a when a equals b.
 Point2 footOfPerpendicular(const Point2& a, const Point2& b, const Point2& p);
 
 /// The distance of p from the closed segment a b, which may be a point: in the plane, in space. Off by at most 32u times
-/// the distance of p from the nearer end; 0 for the ends. Infinite when it is no double.
+/// the distance of p from the nearer end; 0 for the ends.
 double distanceFromSegment2D(const Point2& a, const Point2& b, const Point2& p);
 double distanceFromSegment25D(const Point2& a, const Point2& b, const Point2& p);
 
@@ -70,7 +69,7 @@ struct SegmentCrossing
 /// off by at most 2^-44 times the length of the first one and, in each coordinate, a unit in the last place, and lies in
 /// the common box of both. It is computed in plain arithmetic where that is known to do, that is for angles that aren't
 /// acute and distances that aren't extreme, and exactly otherwise, as are crossings beyond an end: those are rounded
-/// once, and infinite where they are no doubles. Heights are clamped to those of the segments' ends.
+/// once. Heights are those at the rounded crossing, as by heightOnSegment(), also beyond an end.
 ///
 /// The predicates' range grows as needed.
 bool computeCrossing(OrbiTest& orbiTest, const Segment2& first, const Segment2& second, SegmentCrossing& crossing);

@@ -1,0 +1,200 @@
+#include "geometry/snapping.h"
+
+#include "geometry/OrbiTest.h"
+#include "geometry/exactSums.h"
+
+#include "Point2.h"
+
+#include <gmp.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace ORBI_LUMO25D
+{
+
+namespace
+{
+
+// ---- exact ----------------------------------------------------------------------------------------------------------
+
+/// A rational with just the operators that are needed here.
+class Rational
+{
+public:
+    explicit Rational(double v)
+    {
+        mpq_init(q);
+        mpq_set_d(q, v);
+    }
+    Rational(const Rational& other)
+    {
+        mpq_init(q);
+        mpq_set(q, other.q);
+    }
+    Rational& operator=(const Rational&) = delete;
+    ~Rational() { mpq_clear(q); }
+
+    Rational& operator-=(const Rational& other)
+    {
+        mpq_sub(q, q, other.q);
+        return *this;
+    }
+    Rational& operator+=(const Rational& other)
+    {
+        mpq_add(q, q, other.q);
+        return *this;
+    }
+    Rational& operator*=(const Rational& other)
+    {
+        mpq_mul(q, q, other.q);
+        return *this;
+    }
+    int compare(const Rational& other) const { return mpq_cmp(q, other.q); }
+    int sign() const { return mpq_sgn(q); }
+
+private:
+    mpq_t q;
+};
+
+Rational difference(double a, double b)
+{
+    Rational r(a);
+    r -= Rational(b);
+    return r;
+}
+
+Rational product(Rational a, const Rational& b)
+{
+    a *= b;
+    return a;
+}
+
+Rational exactSquaredLength(const Point2& a, const Point2& b)
+{
+    const Rational dx = difference(a.x(), b.x());
+    const Rational dy = difference(a.y(), b.y());
+    Rational sum = product(dx, dx);
+    sum += product(dy, dy);
+    return sum;
+}
+
+double squaredLength(const Point2& a, const Point2& b)
+{
+    const double dx = a.x() - b.x();
+    const double dy = a.y() - b.y();
+    return dx * dx + dy * dy;
+}
+
+// ---- double-double --------------------------------------------------------------------------------------------------
+
+using DD = DoubleWithRest;
+
+DD quickSum(double a, double b)
+{
+    const double s = a + b;
+    return {s, b - (s - a)};
+}
+
+DD operator*(DD a, DD b)
+{
+    const DD p = exactProduct(a.hi, b.hi);
+    return quickSum(p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi));
+}
+
+DD operator-(DD a, DD b)
+{
+    const DD s = exactSum(a.hi, -b.hi);
+    return quickSum(s.hi, s.lo + (a.lo - b.lo));
+}
+
+DD operator/(DD a, DD b)
+{
+    const double q = a.hi / b.hi;
+    const DD rest = a - b * DD{q, 0.0};
+    return quickSum(q, (rest.hi + rest.lo) / b.hi);
+}
+
+/// a + t d, rounded once but for far smaller errors.
+double along(double a, DD t, DD d)
+{
+    const DD step = t * d;
+    const DD s = exactSum(a, step.hi);
+    return s.hi + (s.lo + step.lo);
+}
+
+/// False when double-double can't be trusted with these lines.
+bool plainCrossing(const Point2& a, const Point2& b, const Point2& c, const Point2& d, double& x, double& y)
+{
+    const DD abx = exactSum(b.x(), -a.x()), aby = exactSum(b.y(), -a.y());
+    const DD cdx = exactSum(d.x(), -c.x()), cdy = exactSum(d.y(), -c.y());
+    const DD acx = exactSum(c.x(), -a.x()), acy = exactSum(c.y(), -a.y());
+    const DD denominator = abx * cdy - aby * cdx;
+    const double size = (std::fabs(abx.hi) + std::fabs(aby.hi)) * (std::fabs(cdx.hi) + std::fabs(cdy.hi));
+    // Far from where the error terms underflow and products overflow; an angle that is not too acute.
+    if (!(size > 1e-100 && size < 1e200 && std::fabs(denominator.hi) > 1e-9 * size)) return false;
+    const DD numerator = acx * cdy - acy * cdx;
+    const DD t = numerator / denominator;
+    // Error of t: about 2^-102 / 1e-9 times |ac| / |ab|, that is 2^-72 of the distance: nothing against a last place, unless
+    // the coordinate is so near zero that its last place is as small.
+    if (!(std::fabs(t.hi) < 4.0)) return false;
+    x = along(a.x(), t, abx);
+    y = along(a.y(), t, aby);
+    const auto isLarge = [](double v, DD extent) {
+        return std::isfinite(v) && std::fabs(v) >= 0x1p-16 * std::fabs(extent.hi);
+    };
+    return isLarge(x, abx) && isLarge(y, aby);
+}
+
+} // namespace
+
+double snapDistance(const Point2& a, const Point2& b)
+{
+    constexpr double unitInLastPlace = 0x1p-52;
+    constexpr double smallestStep = std::numeric_limits<double>::denorm_min();
+    return 4.0 * std::max(unitInLastPlace * std::max(a.getMaxAbs(), b.getMaxAbs()), smallestStep);
+}
+
+int compareLengths(const Point2& a, const Point2& b, const Point2& c, const Point2& d)
+{
+    // Each sum is off by at most 2^-51 of itself, as long as nothing underflows.
+    const double ab = squaredLength(a, b);
+    const double cd = squaredLength(c, d);
+    const double larger = std::max(ab, cd);
+    if (larger > 1e-280 && larger < 1e300 && std::fabs(ab - cd) > 0x1p-49 * larger) return ab < cd ? -1 : 1;
+    const int result = exactSquaredLength(a, b).compare(exactSquaredLength(c, d));
+    return (result > 0) - (result < 0);
+}
+
+bool isInside(const Point2& v, const Point2& a, const Point2& b)
+{
+    return compareLengths(v, a, a, b) < 0 && compareLengths(v, b, a, b) < 0;
+}
+
+bool isInRange2D(const Point2& v, const Point2& a, const Point2& b)
+{
+    return compareLengths(v, a, a, b) <= 0 && compareLengths(v, b, a, b) <= 0;
+}
+
+bool isWithin(const Point2& v, const Point2& a, const Point2& b, double distance)
+{
+    Rational det = product(difference(b.x(), a.x()), difference(v.y(), a.y()));
+    det -= product(difference(b.y(), a.y()), difference(v.x(), a.x()));
+    Rational limit = product(Rational(distance), Rational(distance));
+    limit *= exactSquaredLength(a, b);
+    return product(det, det).compare(limit) <= 0;
+}
+
+bool roundedCrossing(const OrbiTest& orbiTest, const Point2& a, const Point2& b, const Point2& c, const Point2& d,
+                     double& x, double& y)
+{
+    if (plainCrossing(a, b, c, d, x, y)) return true;
+    Rational denominator = product(difference(b.x(), a.x()), difference(d.y(), c.y()));
+    denominator -= product(difference(b.y(), a.y()), difference(d.x(), c.x()));
+    if (denominator.sign() == 0) return false;
+    orbiTest.getIntersectionCoords_gmp_MT(&a, &b, &c, &d, x, y);
+    return std::isfinite(x) && std::isfinite(y);
+}
+
+} // namespace ORBI_LUMO25D
