@@ -30,7 +30,7 @@ public:
     void addObject(std::size_t index, double xmin, double ymin, double xmax, double ymax);
     std::size_t size() const { return tree.size(); }
 
-    /// Packs the tree now, if it is not: about 46 bytes an object, and as much again during the work. Linear, but for
+    /// Packs the tree now, if it is not: about 52 bytes an object, and as much again during the work. Linear, but for
     /// clusters within clusters, of which each costs a sort of its own. More than 2^34 objects are a failed condition.
     void build() const;
 

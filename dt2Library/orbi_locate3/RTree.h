@@ -37,6 +37,7 @@ public:
     void addTriangle(std::size_t index, const ORBI_LUMO25D::Point2& p0, const ORBI_LUMO25D::Point2& p1,
                      const ORBI_LUMO25D::Point2& p2);
     std::size_t size() const { return tree.size(); }
+    /// Packs the tree now, if it is not: about 72 bytes an object, and as much again during the work.
     void build() const;
 
     /// Appends the numbers of all objects whose box shares a point with the given one, borders included, in no
@@ -50,17 +51,8 @@ public:
     bool getClosest(const ORBI_LUMO25D::Point2& p, std::size_t& index, double& sqDistance,
                     double maxSqDistance = std::numeric_limits<double>::infinity()) const
     {
-        return getClosest(p, index, sqDistance, maxSqDistance,
-                          [](std::size_t, double sqBoxDistance) { return sqBoxDistance; });
-    }
-    /// The same by the objects' own distances: distanceOf(number, squared distance of its box) gives the squared
-    /// distance of the object, which is not less. Called for few objects, those whose box is close enough.
-    template <class Distance>
-    bool getClosest(const ORBI_LUMO25D::Point2& p, std::size_t& index, double& sqDistance, double maxSqDistance,
-                    const Distance& distanceOf) const
-    {
         build();
-        return tree.findClosest({p.x(), p.y(), p.z()}, maxSqDistance, distanceOf, index, sqDistance);
+        return tree.findClosest({p.x(), p.y(), p.z()}, maxSqDistance, index, sqDistance);
     }
 
 private:

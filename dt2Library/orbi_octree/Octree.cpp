@@ -3,7 +3,7 @@
 
 #include "orbi_octree/Octree.h"
 
-#include "geometry/BoxNode.h"
+#include "geometry/BoxN.h"
 #include "orbi_tools/OrbiPool.h"
 #include "support/check.h"
 

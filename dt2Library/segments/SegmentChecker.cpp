@@ -129,7 +129,9 @@ private:
         Segment2* const pSegment = data.vSegments[i];
         vCandidates.clear();
         forEachBoxNeighbor(*data.pRTree, *pSegment, [this](std::size_t c) {
-            if (!vMarks[c].bSearched) vCandidates.push_back(c);
+            if (vMarks[c].bSearched) return;
+            prefetch(data.vSegments[c]);
+            vCandidates.push_back(c);
         });
         for (const std::size_t c : vCandidates) {
             const Segment2* const pCandidate = data.vSegments[c];
@@ -376,7 +378,9 @@ void SegmentChecker::getIntersectionSegment(const Segment2& a, const Segment2& b
         return;
     }
     // The ends of the overlap are ends of the segments: nothing is computed but heights.
-    const bool bAlongX = hiX - loX >= hiY - loY;
+    // The longer axis is that of the line, so that a single common point is found along it, too.
+    const Segment2& line = a.src == a.trg ? b : a;
+    const bool bAlongX = std::fabs(line.trg.x() - line.src.x()) >= std::fabs(line.trg.y() - line.src.y());
     const auto before = [bAlongX](const Point2& p, const Point2& q) { return bAlongX ? p.x() < q.x() : p.y() < q.y(); };
     const auto rangeA = std::minmax(a.src, a.trg, before);
     const auto rangeB = std::minmax(b.src, b.trg, before);
@@ -398,11 +402,38 @@ void SegmentChecker::showSegments(const char* name) const
     visualizer.writeFile();
 }
 
+void SegmentChecker::markCommonParts(std::size_t i, bool bAlsoEndPointIntersections, Visualizer2& visualizer) const
+{
+    const Color color(CBLUE, 0.8F);
+    const Segment2& s = *pSCD->vSegments[i];
+    Segment2 lastMark;
+    forEachBoxNeighbor(*pSCD->pRTree, s, [&](std::size_t c) {
+        const Segment2& partner = *pSCD->vSegments[c];
+        if (c <= i || &partner == &s) return; // each pair once
+        const SegmentIntersectionType sit = classifySegments(*pSCD->pPredicates, s, partner);
+        if (!isIntersection(sit, bAlsoEndPointIntersections)) return;
+        Segment2 mark, onPartner;
+        if (sit == SIT_SEGMENT) {
+            getIntersectionSegment(s, partner, mark, onPartner);
+        } else {
+            getIntersectionPoint(sit, s, partner, mark.src, onPartner.src);
+            mark.trg = mark.src;
+        }
+        // Equal segments follow each other here: of n copies, n marks are drawn, not n * n.
+        if (mark == lastMark) return;
+        lastMark = mark;
+        if (sit == SIT_SEGMENT) {
+            visualizer.addObject(mark, color);
+        } else {
+            visualizer.addObject(mark.src, color);
+        }
+    });
+}
+
 void SegmentChecker::showIllegalSegments(bool bAlsoEndPointIntersections, const char* name) const
 {
     const Color legalColor(CGRAY);
     const Color illegalColor(CRED, 0.3F);
-    const Color commonColor(CBLUE, 0.8F);
     const std::vector<bool> vIllegal = IllegalSearch(*pSCD, bAlsoEndPointIntersections).run();
     const auto numIllegal = static_cast<std::size_t>(std::count(vIllegal.begin(), vIllegal.end(), true));
 
@@ -418,23 +449,7 @@ void SegmentChecker::showIllegalSegments(bool bAlsoEndPointIntersections, const 
         }
     }
     for (std::size_t i = 0; i < vIllegal.size(); ++i) {
-        if (!vIllegal[i]) continue;
-        const Segment2& s = *pSCD->vSegments[i];
-        forEachBoxNeighbor(*pSCD->pRTree, s, [&](std::size_t c) {
-            const Segment2& partner = *pSCD->vSegments[c];
-            if (c <= i || &partner == &s) return; // each pair once
-            const SegmentIntersectionType sit = classifySegments(*pSCD->pPredicates, s, partner);
-            if (!isIntersection(sit, bAlsoEndPointIntersections)) return;
-            if (sit == SIT_SEGMENT) {
-                Segment2 onFirst, onSecond;
-                getIntersectionSegment(s, partner, onFirst, onSecond);
-                visualizer.addObject(onFirst, commonColor);
-            } else {
-                Point2 onFirst, onSecond;
-                getIntersectionPoint(sit, s, partner, onFirst, onSecond);
-                visualizer.addObject(onFirst, commonColor);
-            }
-        });
+        if (vIllegal[i]) markCommonParts(i, bAlsoEndPointIntersections, visualizer);
     }
     visualizer.writeFile();
 }

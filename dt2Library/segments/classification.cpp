@@ -27,7 +27,7 @@ struct Ends
 SegmentIntersectionType classifyPoint(const OrbiTest& orbiTest, const Point2& p1, const Point2& p2, const Point2& q)
 {
     if (q == p1 || q == p2) return SIT_ENDPOINT;
-    if (orbiTest.getOrientation2(&p1, &p2, &q) != ORIENTATION2_COLLINEAR) return SIT_NONE;
+    if (orbiTest.orientationInRange(&p1, &p2, &q) != ORIENTATION2_COLLINEAR) return SIT_NONE;
     return isStrictlyBetween(p1, p2, q) ? SIT_POINT : SIT_NONE;
 }
 
@@ -49,7 +49,7 @@ SegmentIntersectionType getIntersectionType_degeneratePart(const OrbiTest& orbiT
 /// Segments that share p1 = p3 and no other end.
 SegmentIntersectionType classifyFan(const OrbiTest& orbiTest, const Ends& e)
 {
-    if (orbiTest.getOrientation2(e.p1, e.p2, e.p4) != ORIENTATION2_COLLINEAR) return SIT_ENDPOINT;
+    if (orbiTest.orientationInRange(e.p1, e.p2, e.p4) != ORIENTATION2_COLLINEAR) return SIT_ENDPOINT;
     const bool bOverlap = isStrictlyBetween(*e.p1, *e.p2, *e.p4) || isStrictlyBetween(*e.p3, *e.p4, *e.p2);
     return bOverlap ? SIT_SEGMENT : SIT_ENDPOINT;
 }
@@ -57,8 +57,8 @@ SegmentIntersectionType classifyFan(const OrbiTest& orbiTest, const Ends& e)
 /// Segments without a common end.
 SegmentIntersectionType classifyApart(const OrbiTest& orbiTest, const Ends& e)
 {
-    const Orientation2 o3 = orbiTest.getOrientation2(e.p1, e.p2, e.p3);
-    const Orientation2 o4 = orbiTest.getOrientation2(e.p1, e.p2, e.p4);
+    const Orientation2 o3 = orbiTest.orientationInRange(e.p1, e.p2, e.p3);
+    const Orientation2 o4 = orbiTest.orientationInRange(e.p1, e.p2, e.p4);
     if (o3 == ORIENTATION2_COLLINEAR && o4 == ORIENTATION2_COLLINEAR) {
         const bool bOverlap = isStrictlyBetween(*e.p1, *e.p2, *e.p3) || isStrictlyBetween(*e.p1, *e.p2, *e.p4) ||
                               isStrictlyBetween(*e.p3, *e.p4, *e.p1) || isStrictlyBetween(*e.p3, *e.p4, *e.p2);
@@ -67,8 +67,8 @@ SegmentIntersectionType classifyApart(const OrbiTest& orbiTest, const Ends& e)
     if (o3 == ORIENTATION2_COLLINEAR) return isStrictlyBetween(*e.p1, *e.p2, *e.p3) ? SIT_POINT : SIT_NONE;
     if (o4 == ORIENTATION2_COLLINEAR) return isStrictlyBetween(*e.p1, *e.p2, *e.p4) ? SIT_POINT : SIT_NONE;
     if (o3 == o4) return SIT_NONE;
-    const Orientation2 o1 = orbiTest.getOrientation2(e.p3, e.p4, e.p1);
-    const Orientation2 o2 = orbiTest.getOrientation2(e.p3, e.p4, e.p2);
+    const Orientation2 o1 = orbiTest.orientationInRange(e.p3, e.p4, e.p1);
+    const Orientation2 o2 = orbiTest.orientationInRange(e.p3, e.p4, e.p2);
     if (o1 != o2) return SIT_POINT;
     LUMO_CHECK(o1 != ORIENTATION2_COLLINEAR, "o1!=ORIENTATION2_COLLINEAR");
     return SIT_NONE;
