@@ -1,6 +1,8 @@
 #include "oracles/OperationSequence.h"
 
+#include "oracles/ConstraintOracle.h"
 #include "oracles/Corpus.h"
+#include "oracles/ExactOracle.h"
 #include "oracles/QueryTwins.h"
 
 #include "LumoExport.h"
@@ -10,6 +12,7 @@
 #include <exception>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -21,8 +24,8 @@ using namespace ORBI_LUMO25D;
 namespace
 {
 
-const char* const kindNames[] = {"insert", "vector", "coordinates", "threaded", "remove",
-                                 "locate", "height", "export",      "clear"};
+const char* const kindNames[] = {"insert", "vector", "coordinates", "threaded", "constraint", "conforming", "oriented",
+                                 "split",  "remove", "locate",      "height",   "export",     "clear"};
 
 void require(bool bHolds, const char* what)
 {
@@ -37,8 +40,12 @@ public:
     void check() const;
 
 private:
+    void performOne(const Operation& op);
     void insertBulk(const Operation& op);
     void note(const Point2& p, Point2* pHandle);
+    void constrain(const Operation& op);
+    void split(const Point2& p);
+    void takeNewVertices(const std::vector<Point2>& vGiven);
     void remove(const Point2& p);
     void query(const Point2& p, bool bHeight) const;
     void exportArrays(bool bClear);
@@ -49,6 +56,7 @@ private:
         Point2* pHandle;
     };
     Lumo_2D lumo;
+    std::vector<GivenConstraint> vConstraints;
     std::map<std::pair<double, double>, Vertex> mVertices;
 };
 
@@ -76,10 +84,53 @@ void Runner::insertBulk(const Operation& op)
     for (std::size_t i = 0; i < op.vPoints.size(); ++i) note(op.vPoints[i], vHandles[i]);
 }
 
+void Runner::constrain(const Operation& op)
+{
+    const std::size_t n = op.vPoints.size(), step = op.kind == Operation::ORIENTED ? 1 : 2;
+    std::vector<Segment2> vSegments;
+    std::set<std::pair<Point2, Point2>> sSeen;
+    for (std::size_t i = 0; i < n; i += step) {
+        const Point2 &a = op.vPoints[i], &b = op.vPoints[(i + 1) % n];
+        if (step == 1 && !sSeen.insert(std::minmax(a, b)).second) break; // one segment has one direction
+        vSegments.emplace_back(a, b);
+    }
+    if (vSegments.empty()) return;
+    const auto cis = op.kind == Operation::CONFORMING ? CIS_CONFORMING_DELAUNAY : CIS_CONSTRAINED_DELAUNAY;
+    vConstraints.push_back({lumo.createConstraint(vSegments, cis, step == 1), vSegments});
+    require(vConstraints.back().pGraph != nullptr, "no graph");
+    takeNewVertices(op.vPoints);
+}
+
+void Runner::split(const Point2& p)
+{
+    std::vector<ConstraintSegment2*> vAlive;
+    lumo.getAliveConstraintSegments(vAlive);
+    for (ConstraintSegment2* pCSeg : vAlive) {
+        const Point2 &a = *pCSeg->getSrc(), &b = *pCSeg->getTrg();
+        const bool bEnd = p == a || p == b, bBetween = (a < p) == (p < b) && orientationSign(a, b, p) == 0;
+        if (!pCSeg->isAlive() || !(bEnd || bBetween)) continue;
+        const Point2* const pSplit = pCSeg->insertAndSplit(p);
+        require(bEnd ? pSplit == nullptr && pCSeg->isAlive() : *pSplit == p && !pCSeg->isAlive(), "a wrong split");
+    }
+    takeNewVertices({});
+}
+
+void Runner::takeNewVertices(const std::vector<Point2>& vGiven)
+{
+    if (lumo.hasArea()) lumo.applyConstraintsAndZones();
+    std::vector<Point2*> vVertices;
+    lumo.getVertexPointers(vVertices);
+    for (Point2* pVtx : vVertices) {
+        const bool bNew = mVertices.insert({{pVtx->x(), pVtx->y()}, {pVtx->z(), pVtx}}).second;
+        const bool bGiven = std::find(vGiven.begin(), vGiven.end(), *pVtx) != vGiven.end();
+        require(!bNew || bGiven || lumo.isConstraint(pVtx), "a new vertex that no constraint needs");
+    }
+}
+
 void Runner::remove(const Point2& p)
 {
     const auto it = mVertices.find({p.x(), p.y()});
-    if (it == mVertices.end()) return;
+    if (it == mVertices.end() || lumo.isConstraint(it->second.pHandle)) return;
     lumo.remove(it->second.pHandle);
     require(it->second.pHandle->getIncidentTriangle() == nullptr, "a removed vertex has a triangle");
     mVertices.erase(it);
@@ -116,17 +167,28 @@ void Runner::exportArrays(bool bClear)
         const auto it = mVertices.find({x, y});
         require(it != mVertices.end() && it->second.height == z, "a wrong exported point");
     }
-    if (bClear) mVertices.clear();
+    if (!bClear) return;
+    mVertices.clear();
+    vConstraints.clear();
 }
 
 void Runner::perform(const Operation& op)
+{
+    const bool bHadArea = lumo.hasArea();
+    performOne(op);
+    if (!bHadArea && lumo.hasArea()) takeNewVertices({}); // constraints have waited
+}
+
+void Runner::performOne(const Operation& op)
 {
     if (op.kind >= Operation::EXPORT) exportArrays(op.kind == Operation::CLEAR);
     if (op.kind >= Operation::VECTOR && op.kind <= Operation::THREADED) {
         insertBulk(op);
         return;
     }
+    if (op.kind >= Operation::CONSTRAINT && op.kind <= Operation::ORIENTED) constrain(op);
     for (const Point2& p : op.vPoints) {
+        if (op.kind == Operation::SPLIT) split(p);
         if (op.kind == Operation::INSERT) note(p, lumo.insert(p));
         if (op.kind == Operation::REMOVE) remove(p);
         if (op.kind == Operation::LOCATE || op.kind == Operation::HEIGHT) query(p, op.kind == Operation::HEIGHT);
@@ -136,6 +198,10 @@ void Runner::perform(const Operation& op)
 void Runner::check() const
 {
     require(lumo.checkValidity(true, "after an operation"), "the triangulation isn't valid");
+    if (!vConstraints.empty() && mVertices.size() < 100) {
+        const std::string fault = constraintFault(lumo, vConstraints, 3.0);
+        require(fault.empty(), fault.c_str());
+    }
     std::vector<Point2*> vVertices;
     lumo.getVertexPointers(vVertices);
     require(lumo.numberOfPoints() == mVertices.size(), "a wrong number of points");

@@ -19,6 +19,10 @@ struct Operation
         VECTOR,      ///< all points at once, with handles
         COORDINATES, ///< all points at once, as an array
         THREADED,    ///< all points at once, by four threads
+        CONSTRAINT,  ///< each pair of points as a segment
+        CONFORMING,  ///< the same, as chains of Delaunay edges
+        ORIENTED,    ///< a closed line through the points, with directions, until it comes back along itself
+        SPLIT,       ///< insertAndSplit() of the constraints that a point lies on
         REMOVE,      ///< the vertices at these positions, where there are any
         LOCATE,      ///< a query at each position
         HEIGHT,      ///< the same
@@ -33,7 +37,7 @@ using OperationSequence = std::vector<Operation>;
 
 /// Carries the sequence out on a new triangulation beside a naive model (positions and the height of the first point at
 /// each). After every operation (and every removal from a small triangulation) the triangulation is checked, exactly,
-/// and compared with the model. Returns an empty text when all is well, else what went wrong at which operation. numCPU
+/// and compared with the model, which takes over the vertices that constraints bring. Returns an empty text when all is well, else what went wrong at which operation. numCPU
 /// is left at 1 but in THREADED.
 std::string runSequence(const OperationSequence& sequence);
 
