@@ -62,17 +62,17 @@ IdxVtxAct makeRecord<IdxVtxAct>(std::uint32_t idx, std::size_t i)
 }
 
 /// Times sort on a fresh copy of random records, the copying not counted.
-template <class Record, class Sort>
+template <class Records, class Sort>
 void sortCopies(State& state, Sort sort)
 {
     std::mt19937 random(1);
-    std::vector<Record> vInput;
+    Records vInput;
     for (std::size_t i = 0; i < static_cast<std::size_t>(state.range(0)); ++i) {
-        vInput.push_back(makeRecord<Record>(static_cast<std::uint32_t>(random() >> 2), i));
+        vInput.push_back(makeRecord<typename Records::value_type>(static_cast<std::uint32_t>(random() >> 2), i));
     }
     for (auto _ : state) {
         state.PauseTiming();
-        std::vector<Record> vRecords = vInput;
+        Records vRecords = vInput;
         state.ResumeTiming();
         sort(vRecords);
         benchmark::DoNotOptimize(vRecords.data());
@@ -82,19 +82,19 @@ void sortCopies(State& state, Sort sort)
 
 void pairsByRadix(State& state)
 {
-    sortCopies<IdxPos>(state, [](std::vector<IdxPos>& v) { sortPairs(v, 1); });
+    sortCopies<IdxPairs>(state, [](IdxPairs& v) { sortPairs(v, 1); });
 }
 void pairsByStdSort(State& state)
 {
-    sortCopies<IdxPos>(state, [](std::vector<IdxPos>& v) { std::sort(v.begin(), v.end()); });
+    sortCopies<IdxPairs>(state, [](IdxPairs& v) { std::sort(v.begin(), v.end()); });
 }
 void itemsByRadix(State& state)
 {
-    sortCopies<IdxVtxAct>(state, [](std::vector<IdxVtxAct>& v) { sortItems(v, 1); });
+    sortCopies<IdxItems>(state, [](IdxItems& v) { sortItems(v, 1); });
 }
 void itemsByStdSort(State& state)
 {
-    sortCopies<IdxVtxAct>(state, [](std::vector<IdxVtxAct>& v) { std::sort(v.begin(), v.end()); });
+    sortCopies<IdxItems>(state, [](IdxItems& v) { std::sort(v.begin(), v.end()); });
 }
 
 // ---- pool ---------------------------------------------------------------------------------------------------------

@@ -2,13 +2,17 @@
 #define LUMO25D_LUMO_2D_H
 
 #include "Bbox2.h"
+#include "ConstraintGraph2.h"
+#include "ConstraintSegment2.h"
 #include "Lumo25DApi.h"
 #include "LumoExport.h"
 #include "MsgBase.h"
 #include "Orientation2.h"
 #include "Point2.h"
+#include "Segment2.h"
 #include "Triangle2.h"
 #include "Visualizer2.h"
+#include "Zone2.h"
 
 #include <cstddef>
 #include <string>
@@ -17,6 +21,8 @@
 namespace ORBI_LUMO25D
 {
 
+class AcceptExperimentalFeature;
+class CloudPrepare;
 class Dt2;
 
 /// A Delaunay triangulation of points in the plane that each carry a height.
@@ -61,10 +67,101 @@ public:
     void insert(const std::vector<Point2>& vPoints, std::vector<Point2*>& vHandles);
     /// numPoints triples x, y, z. aHandles, unless it is NULL, receives numPoints handles. The coordinates are not kept.
     void insert(int numPoints, double* aCoordinates, Point2** aHandles);
+    /// Inserts the points of a cloud. With bClear, it gives its memory back while they come in, so that they are in memory
+    /// once only, and is empty afterwards, even when a subscriber throws. NULL is warned about.
+    void insert(CloudPrepare* pCloudPrepare, bool bClear);
     /// Takes a vertex out; its handle stays valid as memory and may not be used for anything else. NULL and a pointer that
     /// is no vertex in use get a warning, and nothing changes. About constant time for an ordinary vertex; O(k log k) for
     /// one with k neighbours.
     void remove(Point2* pVertex);
+
+    // ---- constraints --------------------------------------------------------------------------------------------
+
+    /// Makes the segments edges of the triangulation, or chains of edges, and returns a handle on them; their ends become
+    /// vertices. Constraints that cross are split there, at the mean of their heights; vertices on the way split them, and
+    /// so do vertices that come later. The vertices of a chain lie within four units in the last place of the largest
+    /// coordinate of the segment's ends; only where rounding makes parts cross that belong to segments that don't, as in
+    /// bundles of needles, they may be a few such units farther off. Segments that are points are skipped with a warning,
+    /// those with coordinates that aren't finite refused with a message; NULL when none is left.
+    ///
+    /// While there is no area, the segments wait for applyConstraintsAndZones(). A new constraint may cut into the Delaunay
+    /// edges of an earlier conforming one; applyConstraintsAndZones() makes them Delaunay again.
+    ///
+    /// bOrientedSegments: the graph keeps the segments' directions.
+    ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
+                                       bool bOrientedSegments = false);
+    /// Whether an alive constraint lies on the edge opposite corner ith of a triangle; joins two vertices; whether a vertex
+    /// is or was the end of one. Constant time. False for NULL.
+    bool isConstraint(Triangle2* pT, int ith) const;
+    bool isConstraint(Point2* pA, Point2* pB) const;
+    bool isConstraint(Point2* pVertex) const;
+    /// The alive constraint between two vertices, or NULL.
+    ConstraintSegment2* getConstraintSegment(Point2* pA, Point2* pB) const;
+    /// Append the segments in the order in which they were made.
+    void getAliveConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
+    void getAliveAndDeadConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
+    /// Establishes all constraints that don't stand in the mesh. Without area, a warning.
+    void applyConstraintsAndZones();
+
+    // ---- knives ---------------------------------------------------------------------------------------------------
+
+    /// Cuts the triangulation along a segment, or along each of several: the edges that it crosses are split, new vertices
+    /// get their heights from the surface (those of the arguments don't count), and afterwards the segment is a chain of
+    /// edges. The surface stays the same but for the rounding of new vertices. A segment may cross other cuts and
+    /// constraints, which are split, touch vertices or run along edges; what lies outside of the hull has no effect.
+    /// With bTurnEdgesIntoConstraints the chain becomes constraint segments.
+    /// A cut triangulation is not Delaunay by nature: checkValidity(false, ...) is what it fulfils. Insertions close to a cut
+    /// repair the empty circles there, which may change the surface; a chain that is no constraint may vanish then.
+    /// A segment without length or outside of the hull is warned about, one that isn't finite is refused, with a message.
+    void cutTriangles(const Point2& knifeStart, const Point2& knifeEnd, bool bTurnEdgesIntoConstraints);
+    void cutTriangles(const std::vector<Segment2>& vSegments, bool bTurnEdgesIntoConstraints);
+
+    // ---- zones --------------------------------------------------------------------------------------------------
+
+    /// A zone belongs to the triangulation. Where NULL is returned, bVerbose adds a warning to what was told before.
+    ///
+    /// All triangles (ZL_GLOBAL, without a graph), or those inside or outside of an oriented graph: a polygon, or segments
+    /// with directions of their own that close to rings, with the inside on their left. NULL without area, without a graph,
+    /// and for one that isn't oriented.
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose = true);
+    /// What can be reached from a point without crossing the graphs; only with ZL_GROW, else NULL.
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                      const Point2& startPoint, bool bVerbose = true);
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, const Point2& startPoint,
+                      bool bVerbose = true);
+    /// The area of these triangles, whatever becomes of them: their border becomes constraints. Never NULL. What is no
+    /// triangle of this triangulation is ignored with a warning.
+    Zone2* createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose = true);
+    /// Cuts a simple polygon, given in any order and direction, out of the surface: the surface is cut along it as by
+    /// cutTriangles() with its bProtectEdges, and the result is what lies inside of the polygon and of the hull as it was.
+    /// Corners outside of the hull become vertices with their own heights and widen the triangulation; all others get those
+    /// of the surface. NULL, with nothing changed, for a polygon that isn't simple and without area; NULL with a warning
+    /// when polygon and hull have no area in common, after points may have come in.
+    Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bProtectEdges);
+    Zone2* createZone_cookieCutter(const std::vector<Segment2*>& vSegments, bool bProtectEdges);
+    /// Deletes a zone. One that isn't there (any more) is warned about.
+    void deleteZone(Zone2* pZone);
+    /// Reports badly shaped triangles of a zone; true when there is none. Looks for angles below minAngle degrees and for
+    /// sides more than ten times as long as others; special values of minAngle select other checks: the largest double for
+    /// neighbours of very different areas, -500.0 for flat triangles, -999.0 draws the zone into name + ".ps" besides, and
+    /// -1000.0 only writes all constraints into binary files. Reports and drawings carry the name. False for NULL.
+    bool checkZoneQuality(Zone2* pZone, double minAngle, const char* name, const AcceptExperimentalFeature&);
+
+    // ---- segments on the surface, triangles from outside ----------------------------------------------------------
+
+    /// Lays segments on the surface: appends each as pieces that end where it crosses edges or meets vertices, with their
+    /// heights; the heights of the input don't count. A vertex on the way is left out where the pieces stay within
+    /// zTolerance of its height without it: 0 leaves out what lies in line, a negative value keeps all. False when a part of
+    /// a segment lies outside of the hull; what lies inside is appended all the same. Segments that aren't finite, NaN for
+    /// the tolerance, and no area: a message and false.
+    bool drape(const std::vector<Segment2>& vSegmentsIn, std::vector<Segment2>& vSegmentsOut, double zTolerance) const;
+    /// Makes triangles, given by three corners each, the triangles of this object, which must be empty, and a zone of them.
+    /// They need not be Delaunay: edges that aren't become constraints, as does the zone's border. Corners at the same x
+    /// and y are one vertex, with the height of the first. Gaps and the surroundings up to the convex hull are filled with
+    /// Delaunay triangles; with bCreateExtendedBoundingBox up to a box three times as wide and high as the triangles', too.
+    /// NULL, with a message and nothing changed, when there are points already, when triangles overlap, are degenerate or
+    /// share parts of edges only, and when one is clockwise, unless bReorientIfNeeded turns those. O(n log n).
+    Zone2* importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNeeded, bool bCreateExtendedBoundingBox);
 
     // ---- settings -----------------------------------------------------------------------------------------------
 

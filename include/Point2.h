@@ -116,11 +116,14 @@ public:
     void print() const;
 
 private:
+    friend class ConstraintMgr;
+
     double coordX = std::numeric_limits<double>::lowest();
     double coordY = std::numeric_limits<double>::lowest();
     double coordZ = std::numeric_limits<double>::lowest();
     Triangle2* pAssociatedTriangle = nullptr;
     std::int32_t customIndex = -1;
+    bool bConstraintEnd = false; ///< some constraint segment ends here; belongs to the vertex, never copied
 };
 
 /// Order by x, then y, then z.

@@ -14,6 +14,7 @@
 namespace ORBI_LUMO25D
 {
 
+class Visualizer2;
 struct SegmentCheckerData;
 
 /// Finds the segments of a set that meet in a way that makes them unusable as constraints: they cross, overlap, or one
@@ -51,7 +52,8 @@ public:
     /// isn't in the set. Logarithmic, but for the first call.
     std::ptrdiff_t getIndex(const Segment2* pSegment) const;
 
-    /// Progress of getIllegalSegments(), under the name "getIllegalSegments". Not owned.
+    /// Progress of getIllegalSegments(), under the name "getIllegalSegments". Not owned. What a subscriber throws ends the
+    /// search and is handed on; the results stay as they were.
     void subscribe(MsgType msgType, MsgBase* pMsg);
     void unsubscribe(MsgType msgType, MsgBase* pMsg);
 
@@ -77,19 +79,20 @@ public:
     void getIntersectionPoint(SegmentIntersectionType sit, const Segment2& a, const Segment2& b, Point2& onA,
                               Point2& onB) const;
     /// The common part of two segments on one line, once with the heights of the first, once with those of the second,
-    /// with ascending x (or y, if it is longer in y). Its ends are end points of the segments, exactly; a single common
-    /// point is a part without length. Segments that have nothing in common or aren't on one line: a warning, and the
-    /// results stay.
+    /// with ascending x (or y, if it is longer in y, but for lengths that no double holds). Its ends are end points of
+    /// the segments, exactly; a single common point is a part without length. Segments that have nothing in common or
+    /// aren't on one line: a warning, and the results stay.
     void getIntersectionSegment(const Segment2& a, const Segment2& b, Segment2& onA, Segment2& onB) const;
 
     /// Draws all segments into a PostScript file.
     void showSegments(const char* name) const;
     /// Draws all segments into a PostScript file: legal ones gray, illegal ones red and over them, in blue, what they have
-    /// in common.
+    /// in common, pair by pair.
     void showIllegalSegments(bool bAlsoEndPointIntersections, const char* name) const;
 
 private:
     void addSegments(const std::vector<Segment2*>& vSegments);
+    void markCommonParts(std::size_t i, bool bAlsoEndPointIntersections, Visualizer2& visualizer) const;
 
     std::unique_ptr<SegmentCheckerData> pSCD;
 };

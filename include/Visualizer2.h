@@ -12,6 +12,7 @@ namespace ORBI_LUMO25D
 {
 
 class Circle2;
+class ConstraintSegment2;
 class Edge2;
 class Point2;
 class Segment2;
@@ -55,6 +56,7 @@ public:
     void addObject(const std::vector<Point2>& vPoints, const Color& color);
     void addObject(const std::vector<Point2*>& vPoints, const Color& color);
     void addObject(const std::vector<Segment2>& vSegments, const Color& color);
+    void addObject(const std::vector<ConstraintSegment2*>& vSegments, const Color& color);
     void addObject(const std::vector<Edge2>& vEdges, const Color& color);
     void addObject(const std::vector<Triangle2>& vTriangles, const Color& color);
     void addObject(const std::vector<Triangle2*>& vTriangles, const Color& color);

@@ -14,6 +14,9 @@ namespace ORBI_LUMO25D
 {
 
 class Bbox2;
+class Edge2;
+class UserPredicateT;
+class Zone2;
 
 // ---- predicates -------------------------------------------------------------------------------------------------
 
@@ -54,6 +57,54 @@ LUMO25D_API bool readPointsBIN(const char* filename, std::vector<Point2>& vPoint
 LUMO25D_API bool writeSegmentsBIN(const char* filename, const std::vector<Segment2>& vSegments);
 /// Reads a binary segment file of type 31, or of type 21 (without the heights, which are 0). False for any other type.
 LUMO25D_API bool readSegmentsBIN(const char* filename, std::vector<Segment2>& vSegments);
+
+// ---- polygons ---------------------------------------------------------------------------------------------------
+
+// Points are equal when their x and y are; all decisions are exact. A ring is a closed chain of three or more segments in
+// which exactly two segments end at each corner. Coordinates that aren't finite get a warning and the neutral result.
+
+/// Brings the segments of one ring, given in any order and direction, into the order of a walk: each target is the next
+/// source, and the last target the first source. It starts with the first segment, in its direction. False, with a
+/// warning and the segments as they were, for anything else: several rings (nested or not), open chains, a corner that
+/// more than two segments share (rings that touch there, or one that touches itself), a segment that is a point. Whether
+/// the ring crosses itself isn't looked at. O(n log n).
+LUMO25D_API bool sortRing(std::vector<Segment2>& vRing);
+/// The same with a counterclockwise walk, so that the first segment may be turned. It is the turn at the leftmost
+/// corner (of several, the lowest) that counts, which for a ring that crosses itself is all that there is. False, too, if
+/// there the ring runs back along itself.
+LUMO25D_API bool sortRingCCW(std::vector<Segment2>& vRing);
+/// Takes directed edges apart into closed polygons, appended to vvPolygons in walking order. Vertices count by identity.
+/// No polygon passes a vertex twice: rings that touch at a vertex are polygons of their own, also the two parts of a ring
+/// that touches itself. Polygons that share a vertex don't cross there unless edges do. For the border of an area (the
+/// area on the left of each edge) outer borders are counterclockwise, holes clockwise; nested ones follow each other
+/// in no particular order. What belongs to no closed polygon, open chains above all, is appended to vRemaining, and so are
+/// edges without a triangle. Linear, but for vertices at which k polygons meet: k * k.
+LUMO25D_API void edgesToPolygons(const std::vector<Edge2>& vEdges, std::vector<std::vector<Edge2>>& vvPolygons,
+                                 std::vector<Edge2>& vRemaining);
+/// True when the segments, in any order and direction, form exactly one ring (see sortRing()) whose segments have nothing
+/// in common but the corner between successive ones: no crossing, no overlap, no corner on another segment. No message
+/// for a ring that isn't simple. O(n log n) plus the pairs of segments whose boxes meet.
+LUMO25D_API bool isSimplePolygon(const std::vector<Segment2>& vSegments);
+/// Appends the segments from each point to the next; with bClose also the one from the last to the first, if there are
+/// three points or more. Points equal to the one before are passed over, so that no segment is a point.
+LUMO25D_API void pointsToPolyline(const std::vector<Point2>& vPoints, bool bClose, std::vector<Segment2>& vSegments);
+
+// ---- zones ------------------------------------------------------------------------------------------------------
+
+/// Combine two zones of one triangulation into a new one, which belongs to the triangulation: the triangles in one of them,
+/// in both, in the first but not in the second, in exactly one. Nothing is cut: for the result to have its border where
+/// both have theirs, both have to stand in the triangulation. The result asks the two at every query, so that it follows
+/// all that happens to them; they must live as long as it does. It may be empty. NULL, with a message, for zones of
+/// different triangulations; the arguments must not be NULL.
+LUMO25D_API Zone2* zoneUnion(Zone2* pZone0, Zone2* pZone1);
+LUMO25D_API Zone2* zoneIntersection(Zone2* pZone0, Zone2* pZone1);
+LUMO25D_API Zone2* zoneDifference(Zone2* pZone0, Zone2* pZone1);
+LUMO25D_API Zone2* zoneSymmetricDifference(Zone2* pZone0, Zone2* pZone1);
+/// Erodes a zone from its border inwards: triangles at the border are taken away as long as the predicate holds for one.
+/// Those that fulfil it and lie inside of others that don't remain. Returns a new grow zone of the rest, whose border is
+/// made of constraints; NULL when nothing remains, and, with a warning, for a zone that is NULL or empty. The zone itself
+/// stays as it is. bVerbose prints count and areas before and after.
+LUMO25D_API Zone2* peelOffIf(Zone2* pZone, UserPredicateT* pPredicate, bool bVerbose = false);
 
 // ---- generators of test data ------------------------------------------------------------------------------------
 

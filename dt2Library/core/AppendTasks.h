@@ -4,7 +4,8 @@
 #include "core/CurveSort.h"
 #include "core/HC2.h"
 #include "core/IdxVtxAct.h"
-#include "core/MTCtrl.h"
+#include "core/PointBlocks.h"
+#include "core/Stretches.h"
 
 #include "Point2.h"
 
@@ -15,6 +16,9 @@
 #include <vector>
 
 /// The pieces of work of a bulk append to the vault, which may be shared out to threads by stretches of the input.
+///
+/// A source of points is a class with the operations of PointSource. arrange() comes when the order is known, before any
+/// point is fetched: the source may bring its points into that order, and puts their new positions into the pairs.
 namespace ORBI_LUMO25D
 {
 
@@ -29,6 +33,7 @@ public:
     void fill(std::size_t i, Point2* pVtx) const { new (pVtx) Point2(vPoints[i]); }
     const void* address(std::size_t i) const { return &vPoints[i]; }
     bool mayUseThreads() const { return true; }
+    void arrange(IdxPairs&) const {}
 
 private:
     const std::vector<Point2>& vPoints;
@@ -48,35 +53,79 @@ public:
     }
     const void* address(std::size_t i) const { return aCoordinates + 3 * i; }
     bool mayUseThreads() const { return false; }
+    void arrange(IdxPairs&) const {}
 
 private:
     std::size_t n;
     const double* aCoordinates;
 };
 
-/// A stretch of input positions.
-struct Stretch
+/// Points of a cloud, which stay there.
+class BlockSource
 {
-    std::size_t begin;
-    std::size_t end;
+public:
+    explicit BlockSource(const PointBlocks& points_) : points(points_) {}
+    std::size_t size() const { return points.size(); }
+    double x(std::size_t i) const { return points[i].x; }
+    double y(std::size_t i) const { return points[i].y; }
+    void fill(std::size_t i, Point2* pVtx) const
+    {
+        const Coords& c = points[i];
+        new (pVtx) Point2(c.x, c.y, c.z);
+        pVtx->setCustomIndex(c.customIndex);
+    }
+    const void* address(std::size_t i) const { return &points[i]; }
+    bool mayUseThreads() const { return true; }
+    void arrange(IdxPairs&) const {}
+
+private:
+    const PointBlocks& points;
 };
 
-inline std::vector<Stretch> cutIntoStretches(std::size_t n, std::size_t numParts)
+/// Points of a cloud, which move out: they are brought into curve order where they are, and as they are fetched from the
+/// front on, the memory of those before is given back. So the points are never in memory twice. On one thread.
+class DrainedSource
 {
-    std::vector<Stretch> vStretches;
-    const std::size_t length = n / numParts + 1;
-    for (std::size_t begin = 0; begin < n; begin += length) {
-        vStretches.push_back({begin, std::min(begin + length, n)});
+public:
+    explicit DrainedSource(PointBlocks& points_) : points(points_), source(points_) {}
+    std::size_t size() const { return source.size(); }
+    double x(std::size_t i) const { return source.x(i); }
+    double y(std::size_t i) const { return source.y(i); }
+    void fill(std::size_t i, Point2* pVtx) const
+    {
+        source.fill(i, pVtx);
+        points.releaseBefore(i);
     }
-    return vStretches;
-}
+    const void* address(std::size_t i) const { return source.address(i); }
+    bool mayUseThreads() const { return false; }
+    /// Cycle by cycle. A pair that has its own position is done with.
+    void arrange(IdxPairs& vPairs) const
+    {
+        for (std::size_t k = 0; k < vPairs.size(); ++k) {
+            if (vPairs[k].position() == k) continue;
+            const Coords first = points[k];
+            std::size_t to = k;
+            for (std::size_t from = vPairs[to].position(); from != k; from = vPairs[to].position()) {
+                points[to] = points[from];
+                vPairs[to] = IdxPos(vPairs[to].idx(), to);
+                to = from;
+            }
+            points[to] = first;
+            vPairs[to] = IdxPos(vPairs[to].idx(), to);
+        }
+    }
+
+private:
+    PointBlocks& points;
+    BlockSource source;
+};
 
 /// Computes the curve indices of a stretch of the input.
 template <class Source>
 class Task
 {
 public:
-    Task(Stretch s, const Source& source_, const HC2& curve_, std::vector<IdxPos>& vPairs_)
+    Task(Stretch s, const Source& source_, const HC2& curve_, IdxPairs& vPairs_)
         : stretch(s), source(source_), curve(curve_), vPairs(vPairs_)
     {
     }
@@ -91,7 +140,7 @@ private:
     Stretch stretch;
     const Source& source;
     const HC2& curve;
-    std::vector<IdxPos>& vPairs;
+    IdxPairs& vPairs;
 };
 
 /// Fills vertices, items and handles of a stretch of the sorted pairs.
@@ -99,7 +148,7 @@ template <class Source>
 class FTask
 {
 public:
-    FTask(Stretch s, const Source& source_, const std::vector<IdxPos>& vPairs_, Point2* aVertices_, IdxVtxAct* aItems_,
+    FTask(Stretch s, const Source& source_, const IdxPairs& vPairs_, Point2* aVertices_, IdxVtxAct* aItems_,
           Point2** aHandles_)
         : stretch(s), source(source_), vPairs(vPairs_), aVertices(aVertices_), aItems(aItems_), aHandles(aHandles_)
     {
@@ -121,7 +170,7 @@ public:
 private:
     Stretch stretch;
     const Source& source;
-    const std::vector<IdxPos>& vPairs;
+    const IdxPairs& vPairs;
     Point2* aVertices;
     IdxVtxAct* aItems;
     Point2** aHandles;

@@ -1,15 +1,13 @@
 #include "core/Chunk.h"
 
-#include "core/CircleBound.h"
+#include "core/FilterWalk.h"
 #include "core/MeshSurgery.h"
 #include "core/StraightWalk.h"
 #include "engine/Dt2.h"
 #include "support/check.h"
 
-#include <algorithm>
 #include <limits>
 #include <new>
-#include <unordered_set>
 
 namespace ORBI_LUMO25D
 {
@@ -20,67 +18,63 @@ namespace
 constexpr std::ptrdiff_t maxPlainRun = 10;
 /// Triangles of a later batch; the first one is made for the whole chunk.
 constexpr std::size_t laterBatch = 20;
-/// More coarse triangles than this at one box are not worth the looking: the chunk runs alone.
-constexpr std::size_t maxTrianglesAtBox = 300;
 
 } // namespace
 
-Chunk::Chunk(Dt2* pDt2_, const IdxVtxAct* pRangeBegin_, std::size_t sampleDistance_, const IdxVtxAct* pFirst_,
+Chunk::Chunk(Dt2* pDt2_, const Bbox2* pInputBox_, const IdxVtxAct* pRangeBegin_, const IdxVtxAct* pFirst_,
              const IdxVtxAct* pLast_)
-    : pDt2(pDt2_), pRangeBegin(pRangeBegin_), sampleDistance(sampleDistance_), pFirst(pFirst_), pLast(pLast_),
-      starRepair(pDt2->emptyStarRepair())
+    : pDt2(pDt2_), pInputBox(pInputBox_), pRangeBegin(pRangeBegin_), pFirst(pFirst_), pLast(pLast_)
 {
 }
 
 Chunk::~Chunk()
 {
+    try {
+        handBackTriangles();
+    } catch (...) {
+        // The second failure in a row: no memory, not even for a list of what is left over. These slots are lost.
+    }
+}
+
+void Chunk::handBackTriangles()
+{
     pDt2->handBackTriangles(pFresh, pFreshEnd);
+    pFresh = pFreshEnd = nullptr;
 }
 
 // ---- the region -----------------------------------------------------------------------------------------------------
 
-void Chunk::determineExtBox()
+void Chunk::determineBox()
 {
     for (const IdxVtxAct* pItem = pFirst; pItem != pLast; ++pItem) {
-        if (isToInsert(pItem)) box.add(*pItem->pVtx);
+        if (!pItem->bActive) continue;
+        box.add(*pItem->pVtx);
+        if (!isToInsert(*pItem)) continue;
+        ++numToInsert;
+        if (pFirstPoint == nullptr) pFirstPoint = pItem->pVtx;
     }
-    if (!box.isValid()) return;
-    Triangle2* const pStartT = chooseStartVertex();
-    box.inflateIfDegenerate(0.001);
-    extBox = box;
+}
 
-    std::vector<Triangle2*> vAtBox;
-    collectDisksAtBox(pStartT, vAtBox);
-    for (const Triangle2* pT : vAtBox) {
-        for (int i = 0; i < 3; ++i) {
-            const Triangle2* const pN = pT->neighbor(i);
-            if (pN == nullptr) continue;
-            const CircleBound disk(*pN);
-            if (disk.isTrusted()) {
-                disk.addTo(extBox);
-            } else {
-                ++numBad2;
-            }
-        }
-    }
-    bWholePlane = bWholePlane || numBad1 + numBad2 > 0;
+void Chunk::determineExtBox()
+{
+    if (numToInsert == 0) return;
+    Triangle2* const pStartT = chooseStartVertex();
+    region.determine(*pDt2, *pInputBox, box, pStartT);
 }
 
 /// The corner of the coarse triangle around the first point that lies nearest to it; that triangle. The walk of the first
 /// insertion starts there, so the box has to hold it.
 Triangle2* Chunk::chooseStartVertex()
 {
-    const IdxVtxAct* const pItem =
-        std::find_if(pFirst, pLast, [this](const IdxVtxAct& item) { return isToInsert(&item); });
-    const Point2& p = *pItem->pVtx;
+    const Point2& firstPoint = *pFirstPoint;
     Triangle2* pT = startTriangle();
     int edge = -1;
-    pDt2->locateConflictTriangle(p, &pT, &edge);
+    pDt2->locateConflictTriangle(firstPoint, &pT, &edge);
     double sqNearest = std::numeric_limits<double>::infinity();
     pStartVtx = pT->corner(0);
     for (int i = 0; i < 3; ++i) {
-        const double dx = pT->corner(i)->x() - p.x();
-        const double dy = pT->corner(i)->y() - p.y();
+        const double dx = pT->corner(i)->x() - firstPoint.x();
+        const double dy = pT->corner(i)->y() - firstPoint.y();
         if (dx * dx + dy * dy < sqNearest) {
             sqNearest = dx * dx + dy * dy;
             pStartVtx = pT->corner(i);
@@ -90,56 +84,25 @@ Triangle2* Chunk::chooseStartVertex()
     return pT;
 }
 
-/// A triangle at the sample next before the chunk.
+/// A triangle at the vertex of the sample next before the chunk.
 Triangle2* Chunk::startTriangle() const
 {
     for (const IdxVtxAct* pItem = pFirst; pItem-- != pRangeBegin;) {
-        if (isSample(pItem) && pItem->bActive && pItem->pVtx->getIncidentTriangle() != nullptr) {
-            return pItem->pVtx->getIncidentTriangle();
-        }
+        if (pItem->bActive && pItem->pVtx->getIncidentTriangle() != nullptr) return pItem->pVtx->getIncidentTriangle();
     }
     return pDt2->vertexVault.getFakeBoxCorner(0)->getIncidentTriangle();
 }
 
-/// Fills vAtBox with the coarse triangles whose disks meet the box. They are connected: those in conflict with one point
-/// are, and they change one by one as the point moves through the box.
-void Chunk::collectDisksAtBox(Triangle2* pStartT, std::vector<Triangle2*>& vAtBox)
-{
-    std::unordered_set<const Triangle2*> sSeen{pStartT};
-    vAtBox.push_back(pStartT);
-    for (std::size_t k = 0; k < vAtBox.size(); ++k) {
-        const CircleBound disk(*vAtBox[k]);
-        if (disk.isTrusted()) {
-            disk.addTo(extBox);
-        } else {
-            ++numBad1;
-        }
-        for (int i = 0; i < 3; ++i) {
-            Triangle2* const pN = vAtBox[k]->neighbor(i);
-            if (pN == nullptr || sSeen.count(pN) > 0) continue;
-            const CircleBound neighborDisk(*pN);
-            if (neighborDisk.isTrusted() && !neighborDisk.meets(box)) continue;
-            sSeen.insert(pN);
-            vAtBox.push_back(pN);
-        }
-        bWholePlane = vAtBox.size() > maxTrianglesAtBox;
-        if (bWholePlane) return;
-    }
-}
-
-bool Chunk::mayRunBeside(const Chunk& other) const
-{
-    if (!box.isValid() || !other.box.isValid()) return true;
-    return !bWholePlane && !other.bWholePlane && !extBox.doIntersect(other.extBox);
-}
-
 // ---- insertion ------------------------------------------------------------------------------------------------------
 
-void Chunk::insertAll()
+void Chunk::insertAll(StarRepair& repair)
 {
-    if (!box.isValid()) return;
+    if (numToInsert == 0) return;
+    pStarRepair = &repair;
     Point2* pHint = pStartVtx;
     insertRec(pFirst, pLast, pHint);
+    if (!vDups.empty()) pDt2->vertexVault.registerDups(vDups);
+    handBackTriangles();
 }
 
 /// Middle-first, like the engine's own recursion, but handing vertices on: a vertex stays where it is, whatever becomes of
@@ -149,12 +112,12 @@ void Chunk::insertRec(const IdxVtxAct* pBegin, const IdxVtxAct* pEnd, Point2*& p
     const std::ptrdiff_t size = pEnd - pBegin;
     if (size <= maxPlainRun) {
         for (const IdxVtxAct* pItem = pBegin; pItem != pEnd; ++pItem) {
-            if (isToInsert(pItem)) insertOne(pItem->pVtx, pHint);
+            if (isToInsert(*pItem)) insertOne(pItem->pVtx, pHint);
         }
         return;
     }
     const IdxVtxAct* const pMid = pBegin + size / 2;
-    if (isToInsert(pMid)) insertOne(pMid->pVtx, pHint);
+    if (isToInsert(*pMid)) insertOne(pMid->pVtx, pHint);
     Point2* const pHintBehind = pHint;
     insertRec(pBegin, pMid, pHint);
     pHint = pHintBehind;
@@ -162,44 +125,61 @@ void Chunk::insertRec(const IdxVtxAct* pBegin, const IdxVtxAct* pEnd, Point2*& p
 }
 
 /// Inserts a vertex; pHint becomes it, or the vertex that was there first.
+///
+/// A visibility walk is the fastest, but it may stray. It goes on as long as its triangles have a corner in the box: then
+/// these and their neighbours may be read. Otherwise a straight walk does it, whose triangles meet the box all the way.
 void Chunk::insertOne(Point2* pVtx, Point2*& pHint)
 {
-    StraightWalk walk(pDt2->orbiTest, *pVtx);
-    walk.run(pHint);
-    if (walk.pEqual != nullptr) {
-        pDt2->vertexVault.registerDup(pVtx, walk.pEqual);
-        pHint = walk.pEqual;
-        return;
-    }
-    starRepair.begin(pVtx);
-    Triangle2* const pT = walk.pT;
-    Triangle2* const pT1 = takeTriangle();
-    if (walk.edgeIdx < 0) {
-        Triangle2* const pT2 = takeTriangle();
-        split13(pT, pT1, pT2, pVtx);
-        starRepair.consider(pT2);
+    haveTwoTriangles();
+    const auto mayRead = [this](const Triangle2* pT) {
+        return box.isInBox(*pT->corner(0)) || box.isInBox(*pT->corner(1)) || box.isInBox(*pT->corner(2));
+    };
+    FilterWalk filterWalk;
+    Triangle2* pT = nullptr;
+    int edgeIdx = -1;
+    if (filterWalk.run(*pVtx, pDt2->orbiTest.filterBound(), pHint->getIncidentTriangle(), mayRead) ==
+        FilterWalk::INSIDE) {
+        pT = filterWalk.pT;
     } else {
-        Triangle2* const pN = pT->neighbor(walk.edgeIdx);
-        LUMO_CHECK(pN != nullptr, "pStartTriangle->getOppositeTriangle(ith)!=0");
-        Triangle2* const pT3 = takeTriangle();
-        split24(pT, walk.edgeIdx, pT1, pT3, pVtx);
+        StraightWalk walk(pDt2->orbiTest, *pVtx);
+        walk.run(pHint);
+        if (walk.pEqual != nullptr) {
+            vDups.emplace_back(pVtx, walk.pEqual);
+            pHint = walk.pEqual;
+            return;
+        }
+        pT = walk.pT;
+        edgeIdx = walk.edgeIdx;
+    }
+    StarRepair& starRepair = *pStarRepair;
+    starRepair.begin(pVtx);
+    Triangle2* const pT1 = takeTriangle();
+    Triangle2* const pT2 = takeTriangle();
+    if (edgeIdx < 0) {
+        split13(pT, pT1, pT2, pVtx);
+    } else {
+        Triangle2* const pN = pT->neighbor(edgeIdx);
+        split24(pT, edgeIdx, pT1, pT2, pVtx);
         starRepair.consider(pN);
-        starRepair.consider(pT3);
     }
     starRepair.consider(pT);
     starRepair.consider(pT1);
+    starRepair.consider(pT2);
     starRepair.run([this, pVtx](const Triangle2*, const Triangle2* pN) { return pDt2->isInCircle(pN, pVtx); });
     pHint = pVtx;
 }
 
+/// Fetches triangles before anything is changed that would be left half done without them.
+void Chunk::haveTwoTriangles()
+{
+    if (pFreshEnd - pFresh >= 2) return;
+    const std::size_t n = pFresh == nullptr ? 2 * numToInsert : laterBatch;
+    pFresh = pDt2->getFreshTriangles(n);
+    pFreshEnd = pFresh + n;
+}
+
 Triangle2* Chunk::takeTriangle()
 {
-    if (pFresh == pFreshEnd) {
-        const bool bFirstBatch = pFresh == nullptr;
-        const std::size_t n = bFirstBatch ? 2 * static_cast<std::size_t>(pLast - pFirst) : laterBatch;
-        pFresh = pDt2->getFreshTriangles(n);
-        pFreshEnd = pFresh + n;
-    }
     return new (pFresh++) Triangle2();
 }
 

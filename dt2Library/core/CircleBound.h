@@ -12,17 +12,19 @@ namespace ORBI_LUMO25D
 /// The centre is computed from differences to corner 0, together with a bound of its error: the rounding of the
 /// numerators and of the denominator, which a flat triangle amplifies, and of the sum with the corner's coordinates,
 /// which counts at survey offsets. The disk is trusted when that bound is at most a hundredth of the radius; its radius
-/// is then enlarged by a twentieth.
+/// is then enlarged by twice the bound, for the error of the centre and of the radius, and by the margin, a fraction of
+/// it.
 class CircleBound
 {
 public:
-    explicit CircleBound(const Triangle2& t);
+    explicit CircleBound(const Triangle2& t, double margin = 0.0);
 
     bool isTrusted() const { return bTrusted; }
-    /// True when the disk has a point in common with the box; for a trusted disk.
-    bool meets(const Bbox2& box) const;
-    /// Grows the box so that it holds the disk; for a trusted disk.
-    void addTo(Bbox2& box) const;
+    /// True when the disk has a point in common with the border of the box, or holds p; for a trusted disk.
+    bool meetsBorder(const Bbox2& box) const;
+    bool contains(const Point2& p) const;
+    /// Grows the box so that it holds what of the disk lies within the limits; for a trusted disk.
+    void addTo(Bbox2& box, const Bbox2& limits) const;
 
 private:
     double cx = 0.0;

@@ -1,11 +1,12 @@
 #include "core/CurveSort.h"
 
-#include "core/MTCtrl.h"
+#include "core/Stretches.h"
 #include "orbi_tools/BlockMemory.h"
 #include "support/check.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <new>
 
 // Radix sort, least significant digit first, three digits. It is stable, so that the order of what has equal keys is
@@ -54,9 +55,31 @@ private:
     BlockMemory memory;
 };
 
-/// Sorts [pFirst, pLast) by key, stable; pScratch has room for as many.
+/// Counts of the digits of a stretch; then, where the stretch puts its next record with that digit.
 template <class Record>
-void radixSort(Record* pFirst, Record* pLast, Record* pScratch)
+using Digits = std::array<std::size_t, std::size_t(1) << digitBits(static_cast<Record*>(nullptr))>;
+
+/// Turns the counts of all stretches into places: by digit, then by stretch, so that the order of equal digits is kept.
+/// False when all digits are the same.
+template <class Record>
+bool countsToPlaces(std::vector<Digits<Record>>& vCounts, std::size_t n)
+{
+    std::size_t begin = 0;
+    for (std::size_t digit = 0; digit < vCounts[0].size(); ++digit) {
+        const std::size_t beginOfDigit = begin;
+        for (Digits<Record>& aCounts : vCounts) {
+            const std::size_t count = aCounts[digit];
+            aCounts[digit] = begin;
+            begin += count;
+        }
+        if (begin - beginOfDigit == n) return false;
+    }
+    return true;
+}
+
+/// Sorts [pFirst, pLast) by key, stable; pScratch has room for as many. Each thread counts and moves a stretch.
+template <class Record>
+void radixSort(Record* pFirst, Record* pLast, Record* pScratch, std::size_t numThreads)
 {
     constexpr unsigned bits = digitBits(static_cast<Record*>(nullptr));
     constexpr std::uint32_t mask = (1u << bits) - 1;
@@ -65,28 +88,24 @@ void radixSort(Record* pFirst, Record* pLast, Record* pScratch)
         std::stable_sort(pFirst, pLast, [](const Record& a, const Record& b) { return keyOf(a) < keyOf(b); });
         return;
     }
-    std::array<std::array<std::size_t, 1u << bits>, 3> aaCounts{};
-    for (const Record* p = pFirst; p != pLast; ++p) {
-        const std::uint32_t key = keyOf(*p);
-        ++aaCounts[0][key & mask];
-        ++aaCounts[1][key >> bits & mask];
-        ++aaCounts[2][key >> 2 * bits];
-    }
     Record* pFrom = pFirst;
     Record* pTo = pScratch;
-    for (unsigned digit = 0; digit < 3; ++digit) {
-        auto& aCounts = aaCounts[digit];
-        const unsigned shift = digit * bits;
-        if (aCounts[keyOf(*pFirst) >> shift & mask] == n) continue; // the same digit everywhere
-        std::size_t begin = 0;
-        for (std::size_t& count : aCounts) {
-            const std::size_t size = count;
-            count = begin;
-            begin += size;
-        }
-        for (const Record* p = pFrom; p != pFrom + n; ++p) {
-            pTo[aCounts[keyOf(*p) >> shift & mask]++] = *p;
-        }
+    std::vector<Digits<Record>> vPlaces(numThreads);
+    for (unsigned shift = 0; shift < 3 * bits; shift += bits) {
+        forStretches(n, numThreads, [&](const Stretch& s) {
+            Digits<Record> aCounts{}; // on the thread's own stack: no line of the cache is shared
+            for (std::size_t i = s.begin; i < s.end; ++i) {
+                ++aCounts[keyOf(pFrom[i]) >> shift & mask];
+            }
+            vPlaces[s.number] = aCounts;
+        });
+        if (!countsToPlaces<Record>(vPlaces, n)) continue;
+        forStretches(n, numThreads, [&](const Stretch& s) {
+            Digits<Record> aPlaces = vPlaces[s.number];
+            for (std::size_t i = s.begin; i < s.end; ++i) {
+                pTo[aPlaces[keyOf(pFrom[i]) >> shift & mask]++] = pFrom[i];
+            }
+        });
         std::swap(pFrom, pTo);
     }
     if (pFrom != pFirst) std::copy(pFrom, pFrom + n, pFirst);
@@ -111,110 +130,102 @@ Record* partitionStable(Record* pFirst, Record* pLast, Record* pScratch, Predica
     return pBorder;
 }
 
-/// The plain sort of pairs.
-void sortStretch(IdxPos* pFirst, IdxPos* pLast, IdxPos* pScratch)
-{
-    const auto isLower = [](const IdxPos& a, const IdxPos& b) { return a.position() < b.position(); };
-    if (std::is_sorted(pFirst, pLast, isLower)) {
-        radixSort(pFirst, pLast, pScratch);
-    } else {
-        std::sort(pFirst, pLast);
-    }
-}
-
 /// The plain sort of items.
 void sortStretch(IdxVtxAct* pFirst, IdxVtxAct* pLast, IdxVtxAct* pScratch)
 {
     IdxVtxAct* const pEndOfActive =
         partitionStable(pFirst, pLast, pScratch, [](const IdxVtxAct& item) { return item.bActive; });
-    radixSort(pFirst, pEndOfActive, pScratch);
+    radixSort(pFirst, pEndOfActive, pScratch, 1);
 }
 
-/// A stretch of the vector with as much scratch memory.
-template <class Record>
-struct Stretch
+/// A stretch of the vault's items with as much scratch memory.
+struct SortTask
 {
     void run() { sortStretch(pFirst, pLast, pScratch); }
 
-    Record* pFirst;
-    Record* pLast;
-    Record* pScratch;
+    IdxVtxAct* pFirst;
+    IdxVtxAct* pLast;
+    IdxVtxAct* pScratch;
 };
-using SortTask = Stretch<IdxVtxAct>;
-using SortTask2 = Stretch<IdxPos>;
 
-bool goesFirst(const IdxPos& pair, std::uint32_t pivot)
-{
-    return pair.idx() < pivot;
-}
 bool goesFirst(const IdxVtxAct& item, std::uint32_t pivot)
 {
     return item.idx < pivot || !item.bActive;
 }
 
 /// The mean of about a hundred samples.
-template <class Record>
-std::uint32_t meanIndex(const Record* pFirst, const Record* pLast)
+std::uint32_t meanIndex(const IdxVtxAct* pFirst, const IdxVtxAct* pLast)
 {
     const std::size_t n = static_cast<std::size_t>(pLast - pFirst);
-    if (n < 200) return n == 0 ? 0 : keyOf(*pFirst);
+    if (n < 200) return n == 0 ? 0 : pFirst->idx;
     const std::size_t stride = n / 100 - 1;
     double sum = 0.0;
     std::size_t numSamples = 0;
     for (std::size_t i = 0; i < n; i += stride, ++numSamples) {
-        sum += static_cast<double>(keyOf(pFirst[i]));
+        sum += static_cast<double>(pFirst[i].idx);
     }
     return static_cast<std::uint32_t>(sum / static_cast<double>(numSamples));
 }
 
 /// Cuts at the mean, and each part at its own mean, and sorts the four stretches at the same time.
-template <class Task, class Record>
-void sortInFour(Record* pFirst, Record* pLast, Record* pScratch, int numCPU)
+void sortInFour(IdxVtxAct* pFirst, IdxVtxAct* pLast, IdxVtxAct* pScratch, int numCPU)
 {
-    const auto split = [pScratch](Record* pBegin, Record* pEnd) {
+    const auto split = [pScratch](IdxVtxAct* pBegin, IdxVtxAct* pEnd) {
         const std::uint32_t pivot = meanIndex(pBegin, pEnd);
         return partitionStable(pBegin, pEnd, pScratch,
-                               [pivot](const Record& record) { return goesFirst(record, pivot); });
+                               [pivot](const IdxVtxAct& item) { return goesFirst(item, pivot); });
     };
-    Record* const pMiddle = split(pFirst, pLast);
-    Record* const pQuarter = split(pFirst, pMiddle);
-    Record* const pThreeQuarters = split(pMiddle, pLast);
-    const auto scratchOf = [=](const Record* p) { return pScratch + (p - pFirst); };
-    std::array<Task, 4> aTasks{Task{pFirst, pQuarter, scratchOf(pFirst)}, Task{pQuarter, pMiddle, scratchOf(pQuarter)},
-                               Task{pMiddle, pThreeQuarters, scratchOf(pMiddle)},
-                               Task{pThreeQuarters, pLast, scratchOf(pThreeQuarters)}};
-    MTCtrl<Task> ctrl;
-    for (Task& task : aTasks) {
+    IdxVtxAct* const pMiddle = split(pFirst, pLast);
+    IdxVtxAct* const pQuarter = split(pFirst, pMiddle);
+    IdxVtxAct* const pThreeQuarters = split(pMiddle, pLast);
+    const auto scratchOf = [=](const IdxVtxAct* p) { return pScratch + (p - pFirst); };
+    std::array<SortTask, 4> aTasks{SortTask{pFirst, pQuarter, scratchOf(pFirst)},
+                                   SortTask{pQuarter, pMiddle, scratchOf(pQuarter)},
+                                   SortTask{pMiddle, pThreeQuarters, scratchOf(pMiddle)},
+                                   SortTask{pThreeQuarters, pLast, scratchOf(pThreeQuarters)}};
+    MTCtrl<SortTask> ctrl;
+    for (SortTask& task : aTasks) {
         ctrl.add(&task);
     }
-    ctrl.run(&Task::run, numCPU);
+    ctrl.run(&SortTask::run, numCPU);
 }
 
-template <class Task, class Record>
-void sortRecords(std::vector<Record>& vRecords, int numCPU)
+/// True when [pFirst, pFirst + n) ascends.
+template <class Record, class Less>
+bool isSorted(const Record* pFirst, std::size_t n, int numCPU, const Less& less)
 {
-    const std::size_t n = vRecords.size();
-    // What was appended in curve order is in order already.
-    if (std::is_sorted(vRecords.begin(), vRecords.end())) return;
-    const Scratch<Record> scratch(n);
-    if (numCPU >= 4 && n >= minParallel) {
-        sortInFour<Task>(vRecords.data(), vRecords.data() + n, scratch.data(), numCPU);
-    } else {
-        sortStretch(vRecords.data(), vRecords.data() + n, scratch.data());
-    }
+    return allStretches(n, threadsForScan(n, numCPU), [&](const Stretch& s) {
+        return std::is_sorted(pFirst + s.begin, pFirst + std::min(s.end + 1, n), less); // with the next one's first
+    });
 }
 
 } // namespace
 
-void sortPairs(std::vector<IdxPos>& vPairs, int numCPU)
+void sortPairs(IdxPairs& vPairs, int numCPU)
 {
-    LUMO_CHECK(vPairs.size() <= IdxPos::maxPositions, "vPairs.size()<=maxPositions");
-    sortRecords<SortTask2>(vPairs, numCPU);
+    const std::size_t n = vPairs.size();
+    LUMO_CHECK(n <= IdxPos::maxPositions, "vPairs.size()<=maxPositions");
+    // What was appended in curve order is in order already.
+    if (isSorted(vPairs.data(), n, numCPU, std::less<IdxPos>())) return;
+    const auto isLower = [](const IdxPos& a, const IdxPos& b) { return a.position() < b.position(); };
+    if (isSorted(vPairs.data(), n, numCPU, isLower)) {
+        const Scratch<IdxPos> scratch(n);
+        radixSort(vPairs.data(), vPairs.data() + n, scratch.data(), threadsForScan(n, numCPU));
+    } else {
+        std::sort(vPairs.begin(), vPairs.end());
+    }
 }
 
-void sortItems(std::vector<IdxVtxAct>& vItems, int numCPU)
+void sortItems(IdxItems& vItems, int numCPU)
 {
-    sortRecords<SortTask>(vItems, numCPU);
+    const std::size_t n = vItems.size();
+    if (isSorted(vItems.data(), n, numCPU, std::less<IdxVtxAct>())) return;
+    const Scratch<IdxVtxAct> scratch(n);
+    if (numCPU >= 4 && n >= minParallel) {
+        sortInFour(vItems.data(), vItems.data() + n, scratch.data(), numCPU);
+    } else {
+        sortStretch(vItems.data(), vItems.data() + n, scratch.data());
+    }
 }
 
 } // namespace ORBI_LUMO25D

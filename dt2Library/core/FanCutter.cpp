@@ -79,21 +79,35 @@ void FanCutter::makeLinks(const std::vector<Triangle2*>& vFan, bool bClosed)
         addLink(pLast->corner(L::prev(L::indexOf(pLast, pVtx))), nullptr);
         vLinks.back().next = noLink;
     }
+    bFillingHeap = true;
     for (std::size_t i = 0; i < vLinks.size(); ++i) {
         enter(i);
     }
+    bFillingHeap = false;
+    std::make_heap(vHeap.begin(), vHeap.end(), LaterEar());
 }
 
-/// Computes the power of the ear at a neighbour anew, after its own neighbours have changed.
+/// Computes the power of the ear at a neighbour anew, after its own neighbours have changed. On the heap are only what
+/// the exact tests call ears: around a vertex beside a convex hull of many vertices, nearly all neighbours are none.
 void FanCutter::enter(std::size_t link)
 {
     Link& b = vLinks[link];
     if (b.previous == noLink || b.next == noLink) return;
-    b.power = power(b);
     ++b.stamp;
+    if (bUseHeap && !isEar(b)) return;
+    b.power = power(b);
     if (!bUseHeap) return;
     vHeap.push_back({b.power, link, b.stamp});
-    std::push_heap(vHeap.begin(), vHeap.end(), LaterEar());
+    if (!bFillingHeap) std::push_heap(vHeap.begin(), vHeap.end(), LaterEar());
+}
+
+/// Whether the flip of the spoke gives two triangles that turn left, the one at the vertex possibly flat.
+bool FanCutter::isEar(const Link& b) const
+{
+    const Link& a = vLinks[b.previous];
+    const Link& d = vLinks[b.next];
+    return orbiTest.orientationInRange(a.p, d.p, pVtx) != ORIENTATION2_CW &&
+           orbiTest.orientationInRange(a.p, b.p, d.p) == ORIENTATION2_CCW;
 }
 
 /// The squared tangent from the vertex to the ear's circle, negated: r^2 - |v - c|^2, as the quotient of the in-circle
@@ -137,8 +151,7 @@ bool FanCutter::cut(std::size_t link)
     Link& b = vLinks[link];
     Link& a = vLinks[b.previous];
     Link& d = vLinks[b.next];
-    if (orbiTest.orientationInRange(a.p, d.p, pVtx) == ORIENTATION2_CW) return false;
-    if (orbiTest.orientationInRange(a.p, b.p, d.p) != ORIENTATION2_CCW) return false;
+    if (!bUseHeap && !isEar(b)) return false;
     // The flip leaves the triangle before the spoke as the ear, and the one behind it at the vertex.
     flipDiagonal(a.pT, L::indexOf(a.pT, a.p));
     a.pT = b.pT;

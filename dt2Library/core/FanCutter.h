@@ -17,7 +17,7 @@ class Triangle2;
 /// left, the flip cuts the ear (a, b, d) off the star of the vertex. The ears are cut in the order of the power of the
 /// vertex with respect to their circles, the nearest first: then each of them is a Delaunay triangle of what remains
 /// (Devillers, "On deletion in Delaunay triangulations", 1999). The order is computed in doubles, so that a repair has
-/// to follow where it matters; the convexity of each flip is decided exactly. O(k log k) for degree k.
+/// to follow where it matters; the convexity of each flip is decided exactly. O(k + m log m) for degree k and m ears.
 class FanCutter
 {
 public:
@@ -54,6 +54,7 @@ private:
     void makeLinks(const std::vector<Triangle2*>& vFan, bool bClosed);
     void addLink(const Point2* p, Triangle2* pT);
     void enter(std::size_t link);
+    bool isEar(const Link& b) const;
     double power(const Link& b) const;
     std::size_t takeNextEar();
     bool cut(std::size_t link);
@@ -61,6 +62,7 @@ private:
     const OrbiTest& orbiTest;
     const Point2* pVtx = nullptr;
     bool bUseHeap = false;
+    bool bFillingHeap = false;
     std::vector<Link> vLinks;
     std::vector<HeapEntry> vHeap;
 };

@@ -66,13 +66,18 @@ public:
     }
 
     /// Flips until every outer edge is settled. inCircleSlow(pT, pN) decides where the filter can't: whether the new
-    /// vertex lies strictly inside the circumcircle of pN.
+    /// vertex lies strictly inside the circumcircle of pN. An outer edge for which isFixed(pT) stays in any case.
     template <class InCircleSlow>
     void run(const InCircleSlow& inCircleSlow)
     {
+        run(inCircleSlow, [](const Triangle2*) { return false; });
+    }
+    template <class InCircleSlow, class IsFixed>
+    void run(const InCircleSlow& inCircleSlow, const IsFixed& isFixed)
+    {
         while (depth != 0) {
             const OuterEdge& e = vStack[--depth];
-            if (e.value > e.bound || inCircleSlow(e.pT, e.pN)) flip(OuterEdge(e));
+            if ((e.value > e.bound || inCircleSlow(e.pT, e.pN)) && !isFixed(e.pT)) flip(OuterEdge(e));
         }
     }
 

@@ -58,17 +58,25 @@ Point2* VertexVault::appendInCurveOrder(const Source& source, Point2** aHandles,
 {
     numPreExisting = vItems.size();
     const std::size_t n = source.size();
-    const auto numCPU = static_cast<std::size_t>(pDt2->numCPU);
-    const std::size_t numThreads = source.mayUseThreads() && n >= 1000 && n > numCPU * 10 ? numCPU : 1;
+    const int numCPU = source.mayUseThreads() ? pDt2->numCPU : 1;
+    const std::size_t numThreads = threadsForScan(n, numCPU);
 
-    std::vector<IdxPos> vPairs(n);
+    IdxPairs vPairs(n);
     runOnStretches<Task<Source>>(n, numThreads, source, pDt2->hilbertCurve, std::ref(vPairs));
-    sortPairs(vPairs, pDt2->numCPU);
-    refineEqualRuns(vPairs, [&source](std::size_t i) { return std::make_pair(source.x(i), source.y(i)); });
+    sortPairs(vPairs, numCPU);
+    refineEqualRuns(
+        vPairs, [&source](std::size_t i) { return std::make_pair(source.x(i), source.y(i)); }, numCPU);
 
+    source.arrange(vPairs);
     Point2* const aVertices = pDt2->poolVertices.allocRange(n);
     vItems.resize(numPreExisting + n);
-    runOnStretches<FTask<Source>>(n, numThreads, source, vPairs, aVertices, vItems.data() + numPreExisting, aHandles);
+    try {
+        runOnStretches<FTask<Source>>(n, numThreads, source, vPairs, aVertices, vItems.data() + numPreExisting,
+                                      aHandles);
+    } catch (...) {
+        vItems.resize(numPreExisting); // items without a value
+        throw;
+    }
     numActiveItems += n;
     pBulkBegin = aVertices;
     pBulkEnd = aVertices + n;
@@ -89,6 +97,17 @@ void VertexVault::addCoordinates(std::size_t n, const double* aCoordinates, Poin
     appendInCurveOrder(CoordinateSource(n, aCoordinates), aHandles, numPreExisting);
 }
 
+void VertexVault::addCloud(const PointBlocks& points, std::size_t& numPreExisting)
+{
+    appendInCurveOrder(BlockSource(points), nullptr, numPreExisting);
+}
+
+void VertexVault::drainCloud(PointBlocks& points, std::size_t& numPreExisting)
+{
+    appendInCurveOrder(DrainedSource(points), nullptr, numPreExisting);
+    points.clear();
+}
+
 // ---- looking up -----------------------------------------------------------------------------------------------------
 
 /// The first sorted position whose index is not less than idx; the last one when there is none.
@@ -106,22 +125,29 @@ void VertexVault::buildLookup()
 {
     vFirstOfStretch.clear();
     if (numSorted == 0) return;
+    const IdxVtxAct* const pItems = vItems.data();
+    LUMO_CHECK(pItems[numSorted - 1].bActive, "vItems[numSorted-1].bActive");
+    const std::uint32_t maxIdx = pItems[numSorted - 1].idx;
     stretchShift = 0;
-    const std::uint32_t maxIdx =
-        std::max_element(vItems.begin(), vItems.begin() + static_cast<std::ptrdiff_t>(numSorted),
-                         [](const IdxVtxAct& a, const IdxVtxAct& b) { return a.idx < b.idx; })
-            ->idx;
     while ((maxIdx >> stretchShift) > numSorted / itemsPerStretch) {
         ++stretchShift;
     }
-    vFirstOfStretch.assign((maxIdx >> stretchShift) + 2, numSorted);
-    for (std::size_t i = numSorted; i-- > 0;) {
-        vFirstOfStretch[vItems[i].idx >> stretchShift] = i;
-    }
-    // A stretch without items begins where the next one does.
-    for (std::size_t s = vFirstOfStretch.size() - 1; s-- > 0;) {
-        vFirstOfStretch[s] = std::min(vFirstOfStretch[s], vFirstOfStretch[s + 1]);
-    }
+    vFirstOfStretch.resize((maxIdx >> stretchShift) + 2);
+    vFirstOfStretch.back() = numSorted;
+    // The first item of a stretch is also where the empty stretches before it begin. Inactive items have no place.
+    forStretches(numSorted, threadsForScan(numSorted, pDt2->numCPU), [&](const Stretch& s) {
+        std::size_t before = s.begin;
+        while (before > 0 && !pItems[before - 1].bActive) {
+            --before;
+        }
+        std::size_t stretch = before == 0 ? 0 : (pItems[before - 1].idx >> stretchShift) + 1;
+        for (std::size_t i = s.begin; i < s.end; ++i) {
+            if (!pItems[i].bActive) continue;
+            for (; stretch <= pItems[i].idx >> stretchShift; ++stretch) {
+                vFirstOfStretch[stretch] = i;
+            }
+        }
+    });
 }
 
 /// The incident triangle of the item's vertex; null when the item is off.
@@ -378,6 +404,12 @@ void VertexVault::registerDup(Point2* pDup, Point2* pExisting)
     vRedundant2Unique.emplace_back(pDup, pExisting);
 }
 
+void VertexVault::registerDups(const Dups& vDups)
+{
+    const std::lock_guard<std::mutex> lock(mtxDup);
+    vRedundant2Unique.insert(vRedundant2Unique.end(), vDups.begin(), vDups.end());
+}
+
 /// Middle-first insertion may meet the later of several equal points first. The vertex that is in the mesh stays, but
 /// the height and the custom index that count are those of the earliest point: in a bulk, equal points stand in memory
 /// in input order.
@@ -549,6 +581,7 @@ void VertexVault::setInactive(Point2* pVtx)
 
 void VertexVault::dropPointsWithoutTriangle()
 {
+    if (!bFullDimensional) findDupsWithoutArea();
     vRedundant2Unique.clear();
     if (!bFullDimensional) return;
     for (IdxVtxAct& item : vItems) {

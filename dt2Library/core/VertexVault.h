@@ -1,6 +1,7 @@
 #ifndef LUMO25D_CORE_VERTEXVAULT_H
 #define LUMO25D_CORE_VERTEXVAULT_H
 
+#include "core/CurveSort.h"
 #include "core/IdxVtxAct.h"
 
 #include "Bbox2.h"
@@ -17,6 +18,7 @@ namespace ORBI_LUMO25D
 {
 
 class Dt2;
+class PointBlocks;
 class Triangle2;
 class WaitingPoints;
 
@@ -34,8 +36,6 @@ class WaitingPoints;
 class VertexVault
 {
 public:
-    using Items = std::vector<IdxVtxAct>;
-
     explicit VertexVault(Dt2* pDt2_);
     ~VertexVault();
     VertexVault(const VertexVault&) = delete;
@@ -54,6 +54,10 @@ public:
                      std::size_t& numPreExisting);
     /// The same from n triples x, y, z; aHandles may be null. Runs on the calling thread.
     void addCoordinates(std::size_t n, const double* aCoordinates, Point2** aHandles, std::size_t& numPreExisting);
+    /// The same from the points of a cloud.
+    void addCloud(const PointBlocks& points, std::size_t& numPreExisting);
+    /// The same, and gives the points' memory back while the vertices are made. On the calling thread.
+    void drainCloud(PointBlocks& points, std::size_t& numPreExisting);
 
     // ---- looking up ---------------------------------------------------------------------------------------------
 
@@ -86,6 +90,12 @@ public:
 
     /// Records that pDup stands where pExisting stands already; nothing when they are the same vertex. Thread-safe.
     void registerDup(Point2* pDup, Point2* pExisting);
+    using Dups = std::vector<std::pair<Point2*, Point2*>>;
+    /// The same for all pairs of a list.
+    void registerDups(const Dups& vDups);
+    std::size_t numDups() const { return vRedundant2Unique.size(); }
+    /// Keeps the first numKept duplicates on record: the others will be found once more.
+    void forgetDups(std::size_t numKept) { vRedundant2Unique.resize(numKept); }
     /// True when no unresolved duplicate is on record.
     bool dupIsClean() const { return vRedundant2Unique.empty(); }
     /// Ends a single insertion that found a duplicate: switches the last item off and returns the vertex that stays.
@@ -104,7 +114,7 @@ public:
     void reindexAll();
     /// Switches the item of a removed vertex off and takes the vertex's incident triangle away.
     void setInactive(Point2* pVtx);
-    /// Switches off the active vertices that a broken-off bulk insertion left without a triangle.
+    /// After a broken-off bulk insertion: switches off the vertices that have no triangle; without area, duplicates only.
     void dropPointsWithoutTriangle();
     /// Forgets that waiting points were looked at; to be called when area comes or goes.
     void areaChanged();
@@ -144,14 +154,14 @@ private:
     template <class Source>
     Point2* appendInCurveOrder(const Source& source, Point2** aHandles, std::size_t& numPreExisting);
 
-    Items vItems;
+    IdxItems vItems;
     std::size_t numSorted = 0;
     std::size_t numActiveItems = 0;
     std::size_t numRemoved = 0; ///< items switched off by removal since the last sort
     Dt2* pDt2;
 
     /// Found duplicates of the running insertion: the redundant vertex and the one that stays.
-    std::vector<std::pair<Point2*, Point2*>> vRedundant2Unique;
+    Dups vRedundant2Unique;
     std::mutex mtxDup;
 
     /// For each stretch of curve (the key without its low bits) the first sorted position that is not before it: a

@@ -1,5 +1,9 @@
 #include "engine/Dt2.h"
 
+#include "cloud/CloudPrepareImpl.h"
+#include "constraints/ConstraintMgr.h"
+#include "core/Stretches.h"
+#include "engine/ConstraintInserter.h"
 #include "geometry/RoundToNearest.h"
 #include "support/check.h"
 #include "support/messages.h"
@@ -7,6 +11,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <iterator>
+#include <limits>
 #include <thread>
 
 namespace ORBI_LUMO25D
@@ -23,12 +29,29 @@ std::size_t tenPercentMore(std::size_t n)
     return static_cast<std::size_t>(1.1 * static_cast<double>(n));
 }
 
+/// What the engine has to know about coordinates before they come in.
+struct CoordinateRange
+{
+    void add(const Point2& p)
+    {
+        box.add(p);
+        for (const double size : {std::fabs(p.x()), std::fabs(p.y())}) {
+            if (size > 0.0 && size < smallestSize) smallestSize = size;
+        }
+    }
+
+    Bbox2 box;
+    double smallestSize = std::numeric_limits<double>::max(); ///< of all that aren't 0
+};
+
 } // namespace
 
 // ---- life and settings ----------------------------------------------------------------------------------------------
 
 Dt2::Dt2(std::size_t numExpectedVertices)
-    : vertexVault(this), bFullDimensional(vertexVault.bFullDimensional), bbox(&orbiTest), progress("DT2")
+    : vertexVault(this), bFullDimensional(vertexVault.bFullDimensional), bbox(&orbiTest),
+      pConstraintMgr(std::make_unique<ConstraintMgr>(this)), progress("DT2"),
+      pConstraintInserter(std::make_unique<ConstraintInserter>(*this))
 {
     const std::size_t n = std::max<std::size_t>(numExpectedVertices, 3);
     poolVertices.init(n, -1);
@@ -77,7 +100,8 @@ double Dt2::measureTriangulationTime(const std::vector<Point2>& vPoints) const
 std::size_t Dt2::bytes() const
 {
     return poolTriangles.bytes() + poolVertices.bytes() + vertexVault.bytes() +
-           vDeadTriangles.capacity() * sizeof(Triangle2*) + vRemovedVertices.capacity() * sizeof(Point2*);
+           vDeadTriangles.capacity() * sizeof(Triangle2*) + vRemovedVertices.capacity() * sizeof(Point2*) +
+           pConstraintMgr->bytes();
 }
 
 // ---- the working box ------------------------------------------------------------------------------------------------
@@ -91,6 +115,26 @@ bool Dt2::admit(Iterator first, Iterator last)
         bChanged = bbox.add(*first) || bChanged;
         starRepair.admit(first->x());
         starRepair.admit(first->y());
+    }
+    return bChanged;
+}
+
+/// The same for many points, on several threads.
+bool Dt2::admitPoints(const std::vector<Point2>& vPoints)
+{
+    std::vector<CoordinateRange> vParts(threadsForScan(vPoints.size(), numCPU));
+    forStretches(vPoints.size(), vParts.size(), [&](const Stretch& s) {
+        CoordinateRange range;
+        for (std::size_t i = s.begin; i < s.end; ++i) {
+            range.add(vPoints[i]);
+        }
+        vParts[s.number] = range;
+    });
+    bool bChanged = false;
+    for (const CoordinateRange& part : vParts) {
+        starRepair.admit(part.smallestSize);
+        bChanged = bbox.add(part.box.getMinPoint()) || bChanged;
+        bChanged = bbox.add(part.box.getMaxPoint()) || bChanged;
     }
     return bChanged;
 }
@@ -167,7 +211,7 @@ void Dt2::insertVector(const std::vector<Point2>& vInputPoints, std::vector<Poin
     }
     const RoundToNearest rounding;
     LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
-    if (admit(vInputPoints.begin(), vInputPoints.end())) rescale();
+    if (admitPoints(vInputPoints)) rescale();
     insertBulk("insert vertices", vInputPoints.size(), pHandles, numCPU > 1, [&](std::size_t& numPreExisting) {
         vertexVault.addVertices(vInputPoints, pHandles, numPreExisting);
         LUMO_CHECK(pHandles == nullptr || vInputPoints.size() == pHandles->size(),
@@ -200,6 +244,35 @@ void Dt2::insert(std::size_t numPoints, const double* aCoordinates, Point2** aHa
     std::copy(vHandles.begin(), vHandles.end(), aHandles);
 }
 
+void Dt2::insert(CloudPrepare* pCloudPrepare, bool bClear)
+{
+    CloudPrepareImpl& cloud = *pCloudPrepare->getImpl();
+    const std::size_t numPoints = cloud.getPoints().size();
+    if (numPoints == 0) {
+        progress.notify(MSG_PROGRESS, "insert(CloudPrepare*,bool&)", 1.0);
+        return;
+    }
+    const RoundToNearest rounding;
+    LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
+    const CloudBounds bounds = cloud.updateBounds();
+    const Point2 aCorners[] = {{bounds.minX, bounds.minY, 0.0}, {bounds.maxX, bounds.maxY, 0.0}};
+    if (admit(std::begin(aCorners), std::end(aCorners))) rescale();
+    insertBulk("insert vertices", numPoints, nullptr, numCPU > 1, [&](std::size_t& numPreExisting) {
+        PointBlocks points = bClear ? cloud.takePoints() : PointBlocks();
+        // Very small coordinates switch filters off: every one has to be seen.
+        const PointBlocks& source = bClear ? points : cloud.getPoints();
+        for (std::size_t i = 0; i < numPoints; ++i) {
+            starRepair.admit(source[i].x);
+            starRepair.admit(source[i].y);
+        }
+        if (bClear) {
+            vertexVault.drainCloud(points, numPreExisting);
+        } else {
+            vertexVault.addCloud(cloud.getPoints(), numPreExisting);
+        }
+    });
+}
+
 /// What all bulk insertions share: append(numPreExisting) puts the points into the vault, and fills the handles.
 template <class AppendToVault>
 void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Point2*>* pHandles, bool bFakeBox,
@@ -208,17 +281,13 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
     // Points that wait without area are part of this bulk: with the fake box they get area now.
     const bool bHadArea = bFullDimensional;
     poolTriangles.reserve(2 * numPoints + 3);
-    if (bFakeBox) bFakeBox = vertexVault.createFakeBox(bbox);
+    if (bFakeBox) vertexVault.createFakeBox(bbox);
     progress.start(stepName, tenPercentMore(numPoints));
     try {
         std::size_t numPreExisting = 0;
         append(numPreExisting);
         progress.step(numPoints / 10);
-        if (!bFullDimensional) {
-            createFullDimTriangle(numPreExisting);
-        } else {
-            triangulateNewItems(bHadArea ? numPreExisting : 0, numPreExisting);
-        }
+        triangulateNewItems(bHadArea ? numPreExisting : 0, numPreExisting);
     } catch (...) {
         giveUpBulk();
         throw;
@@ -227,32 +296,56 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
     LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
     vertexVault.sortIfNeeded(true);
     progress.finish();
-    if (bFakeBox) vertexVault.removeFakeBox();
+    if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
 }
 
 /// Inserts the items that wait since before this bulk, then the new ones: so the older of two equal points is first.
 void Dt2::triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew)
 {
     const IdxVtxAct* const pItems = vertexVault.begin();
-    if (firstWaiting != firstNew) {
+    if (bFullDimensional && firstWaiting != firstNew) {
         triangulateRange(pItems + firstWaiting, pItems + firstNew,
                          vertexVault.getCloseTriangle(pItems[firstWaiting].idx));
     }
-    triangulateRange(pItems + firstNew, vertexVault.end(), vertexVault.getCloseTriangle(pItems[firstNew].idx));
+    if (bFullDimensional) {
+        triangulateRange(pItems + firstNew, vertexVault.end(), vertexVault.getCloseTriangle(pItems[firstNew].idx));
+    }
+    if (!bFullDimensional) {
+        // Not yet, or not without the fake box that a range has given up: a line has no duplicates that a walk found.
+        vertexVault.forgetDups(0);
+        createFullDimTriangle(firstNew);
+    }
 }
 
-/// A subscriber may throw in the middle of a bulk: what is in the mesh stays, the other points are dropped.
+/// A subscriber may throw in the middle of a bulk, or memory may run out, on a worker, too: what is in the mesh stays, the
+/// other points are dropped, and the triangulation can be used as before. (A vertex whose repair broke off for want of
+/// memory leaves edges that aren't Delaunay.) Should memory be wanting even for the removal of the fake box, it can only be
+/// destroyed.
 void Dt2::giveUpBulk()
 {
-    vertexVault.dropPointsWithoutTriangle();
-    vertexVault.sortIfNeeded(true);
     if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
+    vertexVault.dropPointsWithoutTriangle();
+    // Last, because it wants memory; without it, look-ups are slow.
+    vertexVault.sortIfNeeded(true);
+}
+
+/// Segments keep their ends: those that have waited for area since before the bulk go into the mesh.
+void Dt2::insertWaitingConstraintEnds()
+{
+    if (!bFullDimensional || pConstraintMgr->empty()) return;
+    progress.suppress();
+    for (const IdxVtxAct* pItem = vertexVault.begin(); pItem != vertexVault.end(); ++pItem) {
+        Point2* pVtx = pItem->pVtx;
+        if (!pItem->bActive || pVtx->getIncidentTriangle() != nullptr) continue;
+        if (pConstraintMgr->isConstraintVertex(pVtx)) insertOneVertex(&pVtx, vertexVault.getCloseTriangle(pItem->idx));
+    }
+    progress.unsuppress();
 }
 
 void Dt2::insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles)
 {
     LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
-    if (admit(vInputPoints.begin(), vInputPoints.end())) rescale();
+    if (admitPoints(vInputPoints)) rescale();
     std::size_t numPreExisting = 0;
     vertexVault.addVertices(vInputPoints, pHandles, numPreExisting);
     LUMO_CHECK(pHandles == nullptr || vInputPoints.size() == pHandles->size(),

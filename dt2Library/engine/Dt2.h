@@ -3,6 +3,7 @@
 
 #include "core/FanCutter.h"
 #include "core/HC2.h"
+#include "core/InnerVtxMgr.h"
 #include "core/SimplePool.h"
 #include "core/StarRepair.h"
 #include "core/VertexVault.h"
@@ -10,12 +11,15 @@
 #include "support/Progress.h"
 
 #include "Bbox2.h"
+#include "ConstraintSegment2.h"
 #include "Triangle2.h"
+#include "Zone2.h"
 #include "freeFunctions.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -24,7 +28,12 @@
 namespace ORBI_LUMO25D
 {
 
+class CloudPrepare;
+class ConstraintInserter;
+class ConstraintMgr;
+class Edge2;
 class LumoExport;
+class Segment2;
 class Visualizer2;
 
 /// The engine: everything that makes up one triangulation, behind the facade Lumo_2D.
@@ -32,7 +41,8 @@ class Visualizer2;
 /// Laws, whenever no operation runs
 /// 1. Links are symmetric; alive triangles turn counterclockwise; the border is the convex hull, where a neighbour is
 ///    null. There is no infinite vertex.
-/// 2. Circumcircles are empty (exactly; in fast mode up to what the double-precision filter can't decide).
+/// 2. Every edge is locally Delaunay or a constraint: circumcircles are empty of what can be seen from inside (exactly; in
+///    fast mode up to what the double-precision filter can't decide).
 /// 3. Vertices and triangles live in pools and never move; dead triangles wait for reuse.
 /// 4. All coordinates lie in bbox, whose bounds the predicates know: their filters need no range check.
 ///
@@ -53,6 +63,8 @@ public:
     void insertVector(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles);
     /// n triples x, y, z; aHandles (may be null) gets n handles. Below 1000 points it has no threaded form.
     void insert(std::size_t numPoints, const double* aCoordinates, Point2** aHandles);
+    /// A cloud's points; with bClear, the cloud gives its memory back while the vertices are made, and is empty then.
+    void insert(CloudPrepare* pCloudPrepare, bool bClear);
     /// Puts points into the vault only: no triangle is touched, and the caller builds the triangles itself.
     void insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles);
 
@@ -71,7 +83,8 @@ public:
     /// Makes the first triangle and inserts all waiting vertices: the first numPreExisting items, then the others,
     /// because each of the two runs is in curve order. False when all points lie on one line.
     bool createFullDimTriangle(std::size_t numPreExisting);
-    /// Inserts the active items of a range that isn't empty, on one thread or on several.
+    /// Inserts the active items of a range that isn't empty, on one thread or on several. When threads don't pay, the fake
+    /// box is removed; should there be no area without it, nothing has been inserted.
     void triangulateRange(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint);
     /// Middle-first recursion over a run in curve order: each walk starts near its goal. Returns an alive triangle.
     Triangle2* triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint);
@@ -144,6 +157,91 @@ public:
     /// Takes a vertex on the hull out. With bUpdateVault false the vault does not hear of it: for the fake box.
     void removeHullVertex(Point2* pVtx, bool bUpdateVault);
 
+    // ==== Dt2_constraints.cpp: constraints ===========================================================================
+
+    /// See ConstraintMgr. An empty sequence is warned about and gives null.
+    ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
+                                       bool bOrientedSegments);
+    ConstraintGraph2* createConstraint(const std::vector<Edge2>& vEdges, ConstraintInsertionStrategy cis);
+    /// Establishes all constraints that aren't, or not any more. Zones on them are in force then: they have no state.
+    void applyConstraintsAndZones();
+    /// Whether an alive constraint segment lies on the edge opposite corner ith; joins two vertices; whether any segment
+    /// ever made ends at a vertex.
+    bool isConstraint(const Triangle2* pT, int ith) const;
+    bool isConstraint(const Point2* pA, const Point2* pB) const;
+    bool isConstraint(const Point2* pVtx) const;
+    /// The alive segment between two vertices, or null.
+    ConstraintSegment2* getConstraintSegment(const Point2* pA, const Point2* pB) const;
+    /// Append the segments in the order in which they were made.
+    void getAliveConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
+    void getAliveAndDeadConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
+    /// To be called before and after a run of establishConstraint().
+    void beginEstablishing();
+    void endEstablishing();
+    /// Makes an alive segment stand in the mesh, which must have area. False when it could not.
+    bool establishConstraint(ConstraintSegment2* pCSeg);
+    /// Takes a segment out of force for good and repairs the mesh around its edge.
+    void killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
+    ConstraintMgr& getConstraintMgr() const { return *pConstraintMgr; }
+
+    // ==== Dt2_cat_cutt.cpp: knife cuts, draping, import =============================================================
+
+    /// Cuts the triangulation along segments (see KnifeCutter): the surface stays as it is, and heights of new vertices are
+    /// those of the surface; what lies outside of the hull has no effect. Appends the edges that the segments run along.
+    /// Without area, and for segments that have no effect, a warning; segments that aren't finite are refused.
+    /// The edges are no constraints, and the mesh around them is not Delaunay: law 2 is suspended there, until insertions
+    /// close by repair it, which may change the surface and flip the edges.
+    void cutAlong(const std::vector<Segment2>& vSegments, std::vector<std::pair<Point2*, Point2*>>& vPieces);
+    /// The same, and makes constraint segments of these edges, which are appended to vCSegs. With bProtectEdges the other
+    /// edges of the triangles around become constraints, too: insertions later on then leave the surface along the cut
+    /// as it is.
+    void CUTT_cutTriangles(const std::vector<Segment2>& vSegments, bool bProtectEdges,
+                           std::vector<ConstraintSegment2*>& vCSegs);
+
+    /// Lays segments on the surface: appends each as pieces that end where it crosses edges or meets vertices, with their
+    /// heights; the heights of the input don't count. Where such a vertex can be left out so that the pieces stay within
+    /// zTolerance of the surface's height at all vertices that are left out, it is; a negative zTolerance keeps all, 0
+    /// leaves out what lies in line. False, when a segment or a part of one lies outside of the hull: what lies inside is
+    /// appended then. Segments that aren't finite, and NaN for the tolerance: a message and false. O(k) for k crossings.
+    bool drape(const std::vector<Segment2>& vSegmentsIn, std::vector<Segment2>& vSegmentsOut, double zTolerance);
+    /// Makes triangles, given by three corners each, the triangles of an engine that is empty yet (see TriangleImporter),
+    /// and appends them to vT. Gaps and surroundings up to the convex hull are filled with Delaunay triangles, up to a larger
+    /// box if wanted. False, with a message and nothing changed, when there are points already, for triangles that overlap,
+    /// are degenerate or don't share whole edges, and for clockwise ones, unless they are to be turned.
+    bool importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNeeded, bool bCreateExtendedBoundingBox,
+                         std::vector<Triangle2*>& vT);
+
+    // ==== Dt2_zones.cpp: zones ======================================================================================
+
+    /// The zone belongs to the engine. Null, with a message, and nothing changed, for wrong locations, for null graphs
+    /// where one is needed, and for a single graph that isn't oriented. What Zone2's constructors reject throws.
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc);
+    /// Inside or outside of several graphs.
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc);
+    /// What can be reached from a point.
+    Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                      const Point2& startPoint);
+    Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, const Point2& startPoint);
+    /// Bounded by edges that have the zone on their left; they become constraints.
+    Zone2* createZone(const std::vector<Edge2>& vEdges, ZoneLocation zoneLoc);
+    /// Holds the area of triangles: their border becomes constraints, and a zone grows from a point in each component.
+    /// Never null. A component without a triangle that has its rounded barycentre inside is lost, with a message; what is
+    /// no triangle of this triangulation is ignored with a warning.
+    Zone2* createZone(const std::vector<Triangle2*>& vTriangles);
+    /// The surface inside a simple polygon, which is cut along it, as far as the hull reached before. Null, with a message
+    /// but for a polygon that isn't simple, when there is none; points and cuts may have been made by then.
+    Zone2* createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bProtectEdges);
+    /// A pointer that is no zone is warned about. Linear in the number of zones.
+    void deleteZone(Zone2* pZone);
+    /// Appends, for each start point, all triangles that can be reached from it without crossing an alive segment of the
+    /// graphs, in the order of addresses. Start points outside of the hull are warned about.
+    void growZoneAreas(const std::vector<ConstraintGraph2*>& vConstraintGraphs, const std::vector<Point2>& vStartPoints,
+                       std::vector<Triangle2*>& vOut);
+    /// Applies the constraints and reports bad triangles; true when there is none. minAngle in degrees, but: the largest
+    /// double checks neighbours' areas, -500.0 heights of triangles, -999.0 draws the zone besides, and -1000.0 only
+    /// writes the constraints into binary files. See ZoneQuality.
+    bool checkZoneQuality(Zone2* pZone, double minAngle, const char* zoneName);
+
     // ==== Dt2_output.cpp: pictures, arrays, files ==================================================================
 
     /// Adds every edge once; without area, the waiting points.
@@ -178,10 +276,18 @@ public:
     std::vector<Triangle2*> vDeadTriangles; ///< out of use, given out again before the pool is touched
     bool bFastMode = false;
     std::string name;
+    std::unique_ptr<ConstraintMgr> pConstraintMgr;
+    std::vector<std::unique_ptr<Zone2>> vZones; ///< in the order in which they were made
     bool bCutMode = false; ///< set during a knife cut: insertion does not repair the Delaunay property
     Progress progress;
+    InnerVtxMgr innerVtxMgr; ///< free vertices that a running refinement has inserted
 
 private:
+    friend class ConstraintInserter;
+    friend class Draper;
+    friend class KnifeCutter;
+    friend class TriangleImporter;
+
     class Walk;
     struct HullEdge
     {
@@ -192,6 +298,7 @@ private:
     // Dt2.cpp
     template <class Iterator>
     bool admit(Iterator first, Iterator last);
+    bool admitPoints(const std::vector<Point2>& vPoints);
     bool admitCoordinates(std::size_t n, const double* aCoordinates);
     void rescale();
     Point2* insertWithoutArea(const Point2& p);
@@ -201,8 +308,20 @@ private:
                     const AppendToVault& append);
     void triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew);
     void giveUpBulk();
+    void insertWaitingConstraintEnds();
+
+    // Dt2_constraints.cpp
+    /// If a constraint stood between two vertices, it is split at a vertex that has come onto its edge.
+    void splitConstraintAt(const Point2* pA, const Point2* pB, Point2* pVtx);
+    Point2* newVertexInVault(const Point2& p);
+    Point2* insertNear(const Point2& p, Triangle2* pHint);
+    void splitEdgeAt(Point2* pVtx, Triangle2* pT, int ith);
+
+    // Dt2_cat_cutt.cpp
+    void protectStars(const std::vector<std::pair<Point2*, Point2*>>& vEdges);
 
     // Dt2_insertion.cpp
+    bool mayUseThreads(std::size_t rangeSize) const;
     void runStarRepair(const Point2* pVtx);
     Triangle2* triangulateCoplanarOrDuplicate(Point2** ppVtx, Triangle2* pT, int state);
     Triangle2* insertVertexCH(Point2* pVtx, Triangle2* pT, int ith);
@@ -228,6 +347,10 @@ private:
     void detachFan(const Point2* pVtx);
     void repairHole();
 
+    // Dt2_zones.cpp
+    Zone2* enterZone(std::unique_ptr<Zone2> pZone);
+
+    std::unique_ptr<ConstraintInserter> pConstraintInserter;
     StarRepair starRepair; ///< the work list of Delaunay repair
     FanCutter fanCutter{orbiTest};
     // Scratch lists of the insertion at the hull and of removal: kept, so that neither allocates for every point.

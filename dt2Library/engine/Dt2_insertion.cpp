@@ -4,6 +4,7 @@
 
 #include "engine/Dt2.h"
 
+#include "constraints/ConstraintMgr.h"
 #include "core/InserterMT.h"
 #include "core/MeshSurgery.h"
 #include "support/check.h"
@@ -11,6 +12,7 @@
 
 #include "Edge2.h"
 
+#include <algorithm>
 #include <deque>
 #include <new>
 
@@ -22,7 +24,7 @@ namespace
 /// Runs of at most this length are inserted in plain order.
 constexpr std::ptrdiff_t maxPlainRun = 15;
 /// Shorter ranges are not worth the threads.
-constexpr std::ptrdiff_t minParallelRange = 1000;
+constexpr std::size_t minParallelRange = 1000;
 } // namespace
 
 // ---- triangles ------------------------------------------------------------------------------------------------------
@@ -51,6 +53,9 @@ Triangle2* Dt2::getFreshTriangles(std::size_t n)
 void Dt2::handBackTriangles(Triangle2* pFirst, Triangle2* pLast)
 {
     const std::lock_guard<std::mutex> lock(mtxDead);
+    // All or none: memory for the list comes first.
+    const std::size_t needed = vDeadTriangles.size() + static_cast<std::size_t>(pLast - pFirst);
+    if (needed > vDeadTriangles.capacity()) vDeadTriangles.reserve(std::max(needed, 2 * vDeadTriangles.capacity()));
     for (Triangle2* pT = pFirst; pT != pLast; ++pT) {
         vDeadTriangles.push_back(new (pT) Triangle2());
     }
@@ -71,7 +76,7 @@ void Dt2::flip(Triangle2* pT, int ith)
 bool Dt2::canBeFlipped(const Triangle2* pT, int ith) const
 {
     const Triangle2* const pN = pT->getOppositeTriangle(ith);
-    if (pN == nullptr) return false;
+    if (pN == nullptr || isConstraint(pT, ith)) return false;
     const Point2* const a = pT->corner(ith);
     const Point2* const b = pT->corner(incIndexBy1(ith));
     const Point2* const c = pT->corner(incIndexBy2(ith));
@@ -106,11 +111,23 @@ bool Dt2::createFullDimTriangle(std::size_t numPreExisting)
 
 void Dt2::triangulateRange(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint)
 {
-    if (numCPU > 1 && pLast - pFirst >= minParallelRange && vertexVault.hasFakeBox()) {
-        InserterMT(this).go(pFirst, pLast, pHint);
-    } else {
-        triangulateRec(pFirst, pLast, pHint);
+    if (mayUseThreads(static_cast<std::size_t>(pLast - pFirst))) {
+        if (InserterMT(this).go(pFirst, pLast, pHint)) return;
+        // As one thread does it: without the fake box, whose corners would have very many neighbours. The sample is in.
+        vertexVault.removeFakeBox();
+        if (!bFullDimensional) return;
+        const IdxVtxAct* const pItem = std::find_if(pFirst, pLast, [](const IdxVtxAct& item) {
+            return item.bActive && item.pVtx->getIncidentTriangle() != nullptr;
+        });
+        pHint = pItem == pLast ? vertexVault.getCloseTriangle(pFirst->idx) : pItem->pVtx->getIncidentTriangle();
     }
+    triangulateRec(pFirst, pLast, pHint);
+}
+
+/// The one place that decides whether a range is shared by threads; chunks know nothing of constraints.
+bool Dt2::mayUseThreads(std::size_t rangeSize) const
+{
+    return numCPU > 1 && rangeSize >= minParallelRange && vertexVault.hasFakeBox() && pConstraintMgr->empty();
 }
 
 Triangle2* Dt2::triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, Triangle2* pHint)
@@ -152,7 +169,10 @@ Triangle2* Dt2::insertOneVertex(Point2** ppVtx, Triangle2* pHint)
         split13(pHint, pT1, pT2, pVtx);
     } else {
         Triangle2* const pT3 = getNewTriangle();
+        const Point2* const b = pHint->corner(TriangleLinks::next(edge));
+        const Point2* const c = pHint->corner(TriangleLinks::prev(edge));
         split24(pHint, edge, pT1, pT3, pVtx);
+        splitConstraintAt(b, c, pVtx);
         if (!bCutMode) starRepair.consider(pT3);
     }
     if (!bCutMode) {
@@ -167,7 +187,14 @@ Triangle2* Dt2::insertOneVertex(Point2** ppVtx, Triangle2* pHint)
 /// Where the inlined filter can't tell: the exact test, or, in fast mode, the filter's own last word.
 void Dt2::runStarRepair(const Point2* pVtx)
 {
-    starRepair.run([this, pVtx](const Triangle2*, const Triangle2* pN) { return isInCircle(pN, pVtx); });
+    const auto inCircleSlow = [this, pVtx](const Triangle2*, const Triangle2* pN) { return isInCircle(pN, pVtx); };
+    if (pConstraintMgr->empty()) {
+        starRepair.run(inCircleSlow);
+    } else {
+        starRepair.run(inCircleSlow, [this](const Triangle2* pT) {
+            return pConstraintMgr->isConstraint(pT->corner(1), pT->corner(2));
+        });
+    }
 }
 
 bool Dt2::isInCircle(const Triangle2* pT, const Point2* q) const
@@ -273,6 +300,7 @@ Triangle2* Dt2::splitHullEdge(Point2* pVtx, Triangle2* pT, int ith)
     Triangle2* const pAB = pT->neighbor(L::prev(ith));
     const int backCA = pCA == nullptr ? 0 : L::indexOf(pCA, pT);
     const int backAB = pAB == nullptr ? 0 : L::indexOf(pAB, pT);
+    splitConstraintAt(b, c, pVtx);
     pT->setProperties(pVtx, a, b);
     Triangle2* const pU = getNewTriangle(pVtx, c, a);
     connect(pT, 2, pU, 1);
@@ -308,7 +336,7 @@ void Dt2::flipCollinearOnly(const Point2* pVtx)
             Triangle2* const pN = pT->neighbor(0);
             if (pN == nullptr) continue;
             if (orbiTest.orientationInRange(pT->corner(1), pT->corner(2), pVtx) != ORIENTATION2_COLLINEAR) continue;
-            if (!isInCircle(pN, pVtx)) continue;
+            if (!isInCircle(pN, pVtx) || pConstraintMgr->isConstraint(pT->corner(1), pT->corner(2))) continue;
             flip(pT, 0);
             vNextFresh.push_back(pT);
             vNextFresh.push_back(pN);
@@ -338,7 +366,7 @@ void Dt2::bfsFlipIncident(Point2* pVtx)
         Triangle2* const pN = pT->neighbor(i);
         if (pN == nullptr) continue;
         const Point2* const d = pN->corner(TriangleLinks::indexOf(pN, pT));
-        if (orbiTest.circleInc3state(pT, d) != CINC2_INCIRCLE) continue;
+        if (orbiTest.circleInc3state(pT, d) != CINC2_INCIRCLE || isConstraint(pT, i)) continue;
         LUMO_CHECK(canBeFlipped(pT, i), "canBeFlipped(pFromT,fromICI)");
         flip(pT, i);
         // The new diagonal lies opposite corner 1 of pT and corner 2 of pN.

@@ -3,6 +3,7 @@
 
 #include "engine/Dt2.h"
 
+#include "core/FilterWalk.h"
 #include "core/MeshSurgery.h"
 #include "geometry/RoundToNearest.h"
 #include "support/check.h"
@@ -17,9 +18,6 @@ namespace ORBI_LUMO25D
 
 namespace
 {
-
-/// After this many steps the order of the edges is drawn at random, which ends any cycle.
-constexpr unsigned maxStraightSteps = 1000;
 
 /// xorshift32 (Marsaglia 2003): a walk's own source, so that results don't depend on anything before it.
 class EdgeLottery
@@ -37,31 +35,11 @@ private:
     std::uint32_t state = 2463534242U;
 };
 
-/// On which side of an edge the origin lies, as far as the filters can tell: by the bound of all coordinates, and where
-/// that doesn't do, by the determinant's own terms (filters::OrientationValue).
-class SideOfEdge
-{
-public:
-    /// The edge from (ax, ay) to (bx, by), relative to the point that is asked for.
-    SideOfEdge(double ax, double ay, double bx, double by, double staticBound)
-        : det(ax * by - ay * bx), bound(staticBound)
-    {
-        if (__builtin_expect(!(std::fabs(det) > staticBound), 0)) {
-            bound = filters::OrientationValue{ax, ay, bx, by}.bound();
-        }
-    }
-    bool isBeyond() const { return det < -bound; }
-    bool isInside() const { return det > bound; }
-
-private:
-    double det;
-    double bound;
-};
-
 } // namespace
 
 /// One walk, every decision of which is asked of the exact predicates, in the order of edges that keeps the walk from
-/// drifting. Where the filter can tell, the loop in locateConflictTriangle() has done the same before.
+/// drifting. Where the filters can tell, FilterWalk has done the same before. After many steps the order of the edges is
+/// drawn at random, which ends any cycle.
 class Dt2::Walk
 {
 public:
@@ -143,7 +121,7 @@ void Dt2::Walk::enter(Triangle2* pN, int first, int second, int third, int from)
     order[1] = second;
     order[2] = third;
     k = from;
-    if (++steps > maxStraightSteps) {
+    if (++steps > FilterWalk::maxStraightSteps) {
         order[0] = lottery.draw();
         order[1] = L::next(order[0]);
         order[2] = L::prev(order[0]);
@@ -193,66 +171,16 @@ int Dt2::Walk::atHull(int i)
 
 int Dt2::locateConflictTriangle(const Point2& p, Triangle2** ppStartT, int* pEdgeIdx) const
 {
-    using L = TriangleLinks;
     LUMO_CHECK(*ppStartT != nullptr, "pStartTriangle!=0");
-    const double px = p.x(), py = p.y();
-    const double bound = orbiTest.filterBound();
-    Triangle2* pT = *ppStartT;
-
-    // Which edge was entered across (any one at the start), and its ends u = corner e+1 and v = corner e+2 relative to p.
-    int e = 0;
-    double ux = pT->corner(1)->x() - px, uy = pT->corner(1)->y() - py;
-    double vx = pT->corner(2)->x() - px, vy = pT->corner(2)->y() - py;
-    bool bNextFirst = true;
-    const SideOfEdge start(ux, uy, vx, vy, bound);
-    if (start.isBeyond()) {
-        Triangle2* const pN = pT->neighbor(0);
-        if (pN == nullptr) {
-            *pEdgeIdx = -1;
-            return 0;
-        }
-        e = L::indexOf(pN, pT);
-        pT = pN;
-        std::swap(ux, vx);
-        std::swap(uy, vy);
+    FilterWalk filterWalk;
+    const FilterWalk::Result result =
+        filterWalk.run(p, orbiTest.filterBound(), *ppStartT, [](const Triangle2*) { return true; });
+    if (result != FilterWalk::UNDECIDED) {
+        *ppStartT = filterWalk.pT;
+        *pEdgeIdx = -1;
+        return result == FilterWalk::INSIDE ? -1 : filterWalk.hullEdge;
     }
-    const bool bClearStart = start.isBeyond() || start.isInside();
-    for (unsigned steps = 0; bClearStart && steps < maxStraightSteps; ++steps) {
-        // One of these two is most likely next: ask for both while w is on its way.
-        __builtin_prefetch(pT->neighbor(L::next(e)));
-        __builtin_prefetch(pT->neighbor(L::prev(e)));
-        const Point2* const pW = pT->corner(e);
-        const double wx = pW->x() - px, wy = pW->y() - py;
-        // The edges opposite u and v, both before the first is decided upon: the second costs nothing while the first is
-        // waited for. Which of them is crossed is chosen without a branch, for it can't be predicted.
-        const SideOfEdge sideU(vx, vy, wx, wy, bound);
-        const SideOfEdge sideV(wx, wy, ux, uy, bound);
-        const bool bCrossU = sideU.isBeyond();
-        const bool bCrossV = sideV.isBeyond();
-        if (!(bCrossU | bCrossV)) {
-            if (!(sideU.isInside() && sideV.isInside())) break;
-            *ppStartT = pT;
-            *pEdgeIdx = -1;
-            return -1;
-        }
-        // Successive steps alternate their preferred side, so that the walk does not drift.
-        const bool bTakeU = bCrossU & (bNextFirst | !bCrossV);
-        const int i = bTakeU ? L::next(e) : L::prev(e);
-        bNextFirst = bTakeU != bNextFirst;
-        Triangle2* const pN = pT->neighbor(i);
-        if (pN == nullptr) {
-            *ppStartT = pT;
-            *pEdgeIdx = -1;
-            return i;
-        }
-        e = L::indexOf(pN, pT);
-        pT = pN;
-        ux = bTakeU ? wx : ux;
-        uy = bTakeU ? wy : uy;
-        vx = bTakeU ? vx : wx;
-        vy = bTakeU ? vy : wy;
-    }
-    Walk walk(orbiTest, p, pT);
+    Walk walk(orbiTest, p, filterWalk.pT);
     const int state = walk.run();
     *ppStartT = walk.pT;
     *pEdgeIdx = walk.edgeIdx;

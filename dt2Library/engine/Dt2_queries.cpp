@@ -188,11 +188,13 @@ Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const
     LUMO_CHECK(p0 != nullptr, "p0!=0");
     LUMO_CHECK(p1 != nullptr, "p1!=0");
     LUMO_CHECK(p0 != p1, "p0!=p1");
-    std::vector<Triangle2*> vT;
-    getIncidentTriangles(p0, vT);
-    for (Triangle2* pT : vT) {
-        if (pT->corner(L::next(L::indexOf(pT, p0))) == p1) return pT;
-    }
+    TriangleAroundVertexIterator it(p0);
+    const TriangleAroundVertexIterator itStart(it);
+    do {
+        Triangle2* const pT = *it;
+        if (pT != nullptr && pT->corner(L::next(L::indexOf(pT, p0))) == p1) return pT;
+        ++it;
+    } while (it != itStart);
     return nullptr;
 }
 

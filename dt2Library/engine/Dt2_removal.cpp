@@ -2,6 +2,7 @@
 
 #include "engine/Dt2.h"
 
+#include "constraints/ConstraintMgr.h"
 #include "core/MeshSurgery.h"
 #include "geometry/RoundToNearest.h"
 #include "support/check.h"
@@ -28,6 +29,11 @@ void Dt2::remove(Point2* pVtx)
         // A foreign pointer isn't read: it may point anywhere.
         if (poolVertices.contains(pVtx)) std::cout << *pVtx << '\n';
         msgWarning("Dt2::remove()", "vertex does not belong to the triangulation, return");
+        return;
+    }
+    if (pConstraintMgr->isConstraintVertex(pVtx)) {
+        msgWarning("Dt2::remove()", "Illegal: Can't remove a constraint vertex");
+        std::cerr << *pVtx << '\n';
         return;
     }
     if (pVtx->getIncidentTriangle() == nullptr) {
@@ -185,6 +191,7 @@ void Dt2::repairHole()
                 if (isBeyond(pN)) continue;
                 const Point2* const q = pN->corner(L::indexOf(pN, pT));
                 if (orbiTest.circleInc3state(pT, q) != CINC2_INCIRCLE) continue;
+                if (pConstraintMgr->isConstraint(pT->corner(L::next(i)), pT->corner(L::prev(i)))) continue;
                 flip(pT, i);
                 vNextFresh.push_back(pT);
                 vNextFresh.push_back(pN);

@@ -221,7 +221,8 @@ bool ValidityCheck::checkEmptyCircles()
         for (int i = 0; i < 3; ++i) {
             const Triangle2* const pN = pT->neighbor(i);
             if (pN == nullptr) continue;
-            if (dt2.orbiTest.circleInc3state(pT, pN->corner(L::indexOf(pN, pT))) == CINC2_INCIRCLE) {
+            if (dt2.orbiTest.circleInc3state(pT, pN->corner(L::indexOf(pN, pT))) == CINC2_INCIRCLE &&
+                !dt2.isConstraint(pT, i)) {
                 report("empty circles", "a neighbour's corner lies in the circumcircle", pT);
             }
         }

@@ -1,8 +1,10 @@
 #include "Lumo_2D.h"
 
+#include "core/Stretches.h"
 #include "engine/Dt2.h"
 #include "support/messages.h"
 
+#include "Segment2.h"
 #include "freeFunctions.h"
 
 #include <algorithm>
@@ -76,9 +78,14 @@ namespace
 {
 
 /// Copies the points that are finite; false when all of them are, and nothing was done.
-bool copyFiniteOnly(const std::vector<Point2>& vPoints, std::vector<Point2>& vAccepted)
+bool copyFiniteOnly(const std::vector<Point2>& vPoints, std::vector<Point2>& vAccepted, int numCPU)
 {
-    if (std::all_of(vPoints.begin(), vPoints.end(), [](const Point2& p) { return isFinite(p); })) return false;
+    const auto areFinite = [&vPoints](const Stretch& s) {
+        const auto it = vPoints.begin();
+        return std::all_of(it + static_cast<std::ptrdiff_t>(s.begin), it + static_cast<std::ptrdiff_t>(s.end),
+                           [](const Point2& p) { return isFinite(p); });
+    };
+    if (allStretches(vPoints.size(), threadsForScan(vPoints.size(), numCPU), areFinite)) return false;
     std::copy_if(vPoints.begin(), vPoints.end(), std::back_inserter(vAccepted),
                  [](const Point2& p) { return isFinite(p); });
     reportRefused(vPoints.size() - vAccepted.size());
@@ -89,7 +96,7 @@ bool copyFiniteOnly(const std::vector<Point2>& vPoints, std::vector<Point2>& vAc
 bool insertFiniteOnly(Dt2& dt2, const std::vector<Point2>& vPoints, std::vector<Point2*>* pHandles)
 {
     std::vector<Point2> vAccepted;
-    if (!copyFiniteOnly(vPoints, vAccepted)) return false;
+    if (!copyFiniteOnly(vPoints, vAccepted, dt2.numCPU)) return false;
     const auto isAccepted = [&vPoints](std::size_t i) { return isFinite(vPoints[i]); };
     std::vector<Point2*> vAcceptedHandles;
     dt2.insertVector(vAccepted, pHandles == nullptr ? nullptr : &vAcceptedHandles);
@@ -141,9 +148,205 @@ void Lumo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles)
     if (aHandles != nullptr) spreadHandles(n, isAccepted, vAcceptedHandles, aHandles);
 }
 
+void Lumo_2D::insert(CloudPrepare* pCloudPrepare, bool bClear)
+{
+    if (pCloudPrepare == nullptr) {
+        msgWarning("Lumo_2D::insert()", "no cloud given");
+        return;
+    }
+    pImpl->insert(pCloudPrepare, bClear);
+}
+
 void Lumo_2D::remove(Point2* pVertex)
 {
     pImpl->remove(pVertex);
+}
+
+// ---- constraints ----------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+bool isFinite(const Segment2& segment)
+{
+    return isFinite(segment.src) && isFinite(segment.trg);
+}
+
+} // namespace
+
+ConstraintGraph2* Lumo_2D::createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
+                                            bool bOrientedSegments)
+{
+    if (vSegments.empty()) {
+        msgWarning("Lumo_2D::createConstraint()", "You have not supplied any segments. Returning NULL!");
+        return nullptr;
+    }
+    if (cis != CIS_CONFORMING_DELAUNAY && cis != CIS_CONSTRAINED_DELAUNAY &&
+        cis != CIS_CONFORMING_DELAUNAY_SEGMENT_LEVEL) {
+        msgError("Lumo_2D::createConstraint()", "unknown insertion strategy, returning NULL");
+        return nullptr;
+    }
+    std::vector<Segment2> vFinite;
+    const auto isAccepted = [](const Segment2& segment) { return isFinite(segment); };
+    if (std::all_of(vSegments.begin(), vSegments.end(), isAccepted)) {
+        return pImpl->createConstraint(vSegments, cis, bOrientedSegments);
+    }
+    std::copy_if(vSegments.begin(), vSegments.end(), std::back_inserter(vFinite), isAccepted);
+    msgError("Lumo_2D::createConstraint()", std::to_string(vSegments.size() - vFinite.size()) +
+                                                " segment(s) refused: a coordinate is not a finite number");
+    return vFinite.empty() ? nullptr : pImpl->createConstraint(vFinite, cis, bOrientedSegments);
+}
+
+bool Lumo_2D::isConstraint(Triangle2* pT, int ith) const
+{
+    return pT != nullptr && pImpl->isConstraint(pT, ith);
+}
+
+bool Lumo_2D::isConstraint(Point2* pA, Point2* pB) const
+{
+    return pA != nullptr && pB != nullptr && pImpl->isConstraint(pA, pB);
+}
+
+bool Lumo_2D::isConstraint(Point2* pVertex) const
+{
+    return pVertex != nullptr && pImpl->isConstraint(pVertex);
+}
+
+ConstraintSegment2* Lumo_2D::getConstraintSegment(Point2* pA, Point2* pB) const
+{
+    return pA == nullptr || pB == nullptr ? nullptr : pImpl->getConstraintSegment(pA, pB);
+}
+
+void Lumo_2D::getAliveConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const
+{
+    pImpl->getAliveConstraintSegments(vSegments);
+}
+
+void Lumo_2D::getAliveAndDeadConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const
+{
+    pImpl->getAliveAndDeadConstraintSegments(vSegments);
+}
+
+void Lumo_2D::applyConstraintsAndZones()
+{
+    if (!hasArea()) {
+        msgWarning("Lumo2D::applyConstraintsAndZones()",
+                   "The triangulation has no area yet, can't apply the constraints");
+        return;
+    }
+    pImpl->applyConstraintsAndZones();
+}
+
+// ---- knives ---------------------------------------------------------------------------------------------------------
+
+void Lumo_2D::cutTriangles(const Point2& knifeStart, const Point2& knifeEnd, bool bTurnEdgesIntoConstraints)
+{
+    cutTriangles(std::vector<Segment2>{Segment2(knifeStart, knifeEnd)}, bTurnEdgesIntoConstraints);
+}
+
+void Lumo_2D::cutTriangles(const std::vector<Segment2>& vSegments, bool bTurnEdgesIntoConstraints)
+{
+    if (vSegments.empty()) {
+        msgWarning("Lumo_2D::cutTriangles()", "no segments given");
+        return;
+    }
+    if (bTurnEdgesIntoConstraints) {
+        std::vector<ConstraintSegment2*> vCSegs;
+        pImpl->CUTT_cutTriangles(vSegments, false, vCSegs);
+    } else {
+        std::vector<std::pair<Point2*, Point2*>> vPieces;
+        pImpl->cutAlong(vSegments, vPieces);
+    }
+}
+
+// ---- zones ----------------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+Zone2* reportMissing(Zone2* pZone, bool bVerbose)
+{
+    if (pZone == nullptr && bVerbose) {
+        msgWarning("Lumo_2D::createZone(..)", "No zone created, returning NULL (bVerbose==true)");
+    }
+    return pZone;
+}
+
+} // namespace
+
+Zone2* Lumo_2D::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose)
+{
+    return reportMissing(pImpl->createZone(pConstraintGraph, zoneLoc), bVerbose);
+}
+
+Zone2* Lumo_2D::createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
+                           const Point2& startPoint, bool bVerbose)
+{
+    return reportMissing(pImpl->createZone(vConstraintGraphs, zoneLoc, startPoint), bVerbose);
+}
+
+Zone2* Lumo_2D::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, const Point2& startPoint,
+                           bool bVerbose)
+{
+    return reportMissing(pImpl->createZone(pConstraintGraph, zoneLoc, startPoint), bVerbose);
+}
+
+Zone2* Lumo_2D::createZone(const std::vector<Triangle2*>& vTriangles, bool bVerbose)
+{
+    return reportMissing(pImpl->createZone(vTriangles), bVerbose);
+}
+
+Zone2* Lumo_2D::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bProtectEdges)
+{
+    const auto isAccepted = [](const Segment2& segment) { return isFinite(segment); };
+    if (!std::all_of(vSegments.begin(), vSegments.end(), isAccepted)) {
+        msgError("Lumo_2D::createZone_cookieCutter()", "a coordinate is not a finite number, returning NULL");
+        return nullptr;
+    }
+    return pImpl->createZone_cookieCutter(vSegments, bProtectEdges);
+}
+
+Zone2* Lumo_2D::createZone_cookieCutter(const std::vector<Segment2*>& vSegments, bool bProtectEdges)
+{
+    std::vector<Segment2> vCopies;
+    for (const Segment2* pSegment : vSegments) {
+        if (pSegment == nullptr) {
+            msgError("Lumo_2D::createZone_cookieCutter()", "a segment is NULL, returning NULL");
+            return nullptr;
+        }
+        vCopies.push_back(*pSegment);
+    }
+    return createZone_cookieCutter(vCopies, bProtectEdges);
+}
+
+void Lumo_2D::deleteZone(Zone2* pZone)
+{
+    pImpl->deleteZone(pZone);
+}
+
+bool Lumo_2D::checkZoneQuality(Zone2* pZone, double minAngle, const char* name, const AcceptExperimentalFeature&)
+{
+    if (pZone == nullptr || pZone->getDelaunayTriangulation() != pImpl) {
+        msgWarning("Lumo_2D::checkZoneQuality()", "no zone of this triangulation, nothing is checked");
+        return false;
+    }
+    return pImpl->checkZoneQuality(pZone, minAngle, name);
+}
+
+// ---- segments on the surface, triangles from outside ----------------------------------------------------------------
+
+bool Lumo_2D::drape(const std::vector<Segment2>& vSegmentsIn, std::vector<Segment2>& vSegmentsOut,
+                    double zTolerance) const
+{
+    return pImpl->drape(vSegmentsIn, vSegmentsOut, zTolerance);
+}
+
+Zone2* Lumo_2D::importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNeeded,
+                                bool bCreateExtendedBoundingBox)
+{
+    std::vector<Triangle2*> vT;
+    const bool bOK = pImpl->importTriangles(vPoints, bReorientIfNeeded, bCreateExtendedBoundingBox, vT);
+    return bOK ? pImpl->createZone(vT) : nullptr;
 }
 
 // ---- settings -------------------------------------------------------------------------------------------------------
@@ -233,7 +436,7 @@ Bbox2 Lumo_2D::computeBoundingBox() const
 double Lumo_2D::measureTriangulationTime(const std::vector<Point2>& vPoints) const
 {
     std::vector<Point2> vAccepted;
-    if (!copyFiniteOnly(vPoints, vAccepted)) return pImpl->measureTriangulationTime(vPoints);
+    if (!copyFiniteOnly(vPoints, vAccepted, pImpl->numCPU)) return pImpl->measureTriangulationTime(vPoints);
     return pImpl->measureTriangulationTime(vAccepted);
 }
 

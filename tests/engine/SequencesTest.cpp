@@ -62,15 +62,17 @@ private:
     Operation operation()
     {
         using O = Operation;
-        static const std::vector<O::Kind> vKinds = {O::INSERT,   O::INSERT, O::INSERT, O::VECTOR, O::COORDINATES,
-                                                    O::THREADED, O::REMOVE, O::REMOVE, O::REMOVE, O::LOCATE,
-                                                    O::HEIGHT,   O::EXPORT, O::EXPORT, O::CLEAR};
+        static const std::vector<O::Kind> vKinds = {
+            O::INSERT,     O::INSERT,     O::INSERT,   O::VECTOR, O::COORDINATES, O::THREADED,
+            O::CONSTRAINT, O::CONFORMING, O::ORIENTED, O::SPLIT,  O::REMOVE,      O::REMOVE,
+            O::REMOVE,     O::LOCATE,     O::HEIGHT,   O::EXPORT, O::EXPORT,      O::CLEAR};
         Operation op;
         op.kind = dice.of(vKinds);
         if (op.kind <= O::THREADED) {
             const bool bMany = op.kind == O::THREADED && dice.below(10) == 0; // enough for several threads
             op.vPoints = points(op.kind == O::INSERT ? 1 + dice.below(3) : dice.below(25) + (bMany ? 1000 : 0));
         }
+        if (op.kind >= O::CONSTRAINT && op.kind <= O::SPLIT) op.vPoints = points(2 * (1 + dice.below(3)));
         if (op.kind == O::REMOVE) removals(op.vPoints);
         for (int i = 0; i < 4 && (op.kind == O::LOCATE || op.kind == O::HEIGHT); ++i) {
             const double x = offset + 0.5 * step * (dice.below(2 * size + 4) - 2);
@@ -118,6 +120,7 @@ std::pair<std::uint64_t, std::uint64_t> seedRange()
 
 TEST(Sequences, randomOperationsPartFromTheNaiveModel)
 {
+    const lumo_test::CoutCapture out;
     const auto [first, last] = seedRange();
     for (std::uint64_t seed = first; seed <= last; ++seed) {
         const OperationSequence sequence = Composer(seed).sequence(25);
@@ -157,6 +160,7 @@ bool plantedFault(const OperationSequence& sequence)
 
 TEST(Sequences, aPlantedFaultIsNotShrunkToItsCoreOrItsFileDoesNotRepeatIt)
 {
+    const lumo_test::CoutCapture out;
     const lumo_test::TempWorkDir directory;
     int numPlanted = 0;
     for (std::uint64_t seed = 1; numPlanted < 5; ++seed) {

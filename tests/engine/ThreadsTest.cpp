@@ -6,9 +6,49 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <cstdlib>
 #include <functional>
+#include <new>
 #include <string>
+#include <thread>
+
+namespace
+{
+
+/// How often memory may still be taken on threads that don't know about it; negative: no limit.
+std::atomic<int> workersAllocations{-1};
+thread_local bool bIsWorker = true;
+
+} // namespace
+
+// Where it inlines one of them, g++ takes it for the counterpart of the library's own.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+
+void* operator new(std::size_t n)
+{
+    if (bIsWorker && workersAllocations.load() >= 0 && workersAllocations.fetch_sub(1) <= 0) {
+        workersAllocations = 0;
+        throw std::bad_alloc();
+    }
+    if (void* const p = std::malloc(n)) return p;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t n, const std::nothrow_t&) noexcept
+{
+    return std::malloc(n);
+}
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept
+{
+    std::free(p);
+}
 
 namespace
 {
@@ -35,7 +75,7 @@ struct Input
 /// What could break the regions of the chunks: circles that doubles get wrong, huge ones, and points all over each other.
 std::vector<Input> hardInputs()
 {
-    const int n = 4000;
+    const int n = 12000; // enough for chunks
     Dice dice(1);
     const Points vUnit = dice.points(n, 1.0, 1.0);
     Points vOutliers = dice.points(n, 1e-7, 1e-7);
@@ -83,7 +123,7 @@ TEST(Threads, bulkInsertionGivesWhatOneThreadGives)
     for (const Input& input : hardInputs()) {
         Lumo_2D single;
         single.insert(input.vPoints);
-        for (const int numCPU : {2, 3, 8}) {
+        for (const int numCPU : {2, 3, 4, 16}) {
             SCOPED_TRACE(std::string(input.name) + ", threads: " + std::to_string(numCPU));
             Lumo_2D lumo;
             lumo.setNumCPU(numCPU);
@@ -104,16 +144,16 @@ TEST(Threads, bulkInsertionGivesWhatOneThreadGives)
 
 TEST(Threads, laterBulksAndRemovalsGoOnFromAThreadedOne)
 {
-    const Points vPoints = Dice(5).points(6000, 10.0, 10.0);
+    const Points vPoints = Dice(5).points(30000, 10.0, 10.0);
     Lumo_2D lumo;
     lumo.setNumCPU(3);
-    const Points vFirst(vPoints.begin(), vPoints.begin() + 2000);
+    const Points vFirst(vPoints.begin(), vPoints.begin() + 14000);
     std::vector<Point2*> vHandles;
     lumo.insert(vFirst, vHandles);
-    for (std::size_t i = 0; i < 500; ++i) lumo.remove(vHandles[i]);
+    for (std::size_t i = 0; i < 1500; ++i) lumo.remove(vHandles[i]);
     // Random doubles are in general position: there is one Delaunay triangulation only.
     Lumo_2D fewer;
-    fewer.insert(Points(vFirst.begin() + 500, vFirst.end()));
+    fewer.insert(Points(vFirst.begin() + 1500, vFirst.end()));
     EXPECT_TRUE(trianglesOf(lumo) == trianglesOf(fewer));
     lumo.insert(vPoints);
     EXPECT_TRUE(lumo.checkValidity(true, "second bulk"));
@@ -121,6 +161,58 @@ TEST(Threads, laterBulksAndRemovalsGoOnFromAThreadedOne)
     Lumo_2D single;
     single.insert(vPoints);
     EXPECT_TRUE(trianglesOf(lumo) == trianglesOf(single));
+}
+
+/// Memory ends on a worker after so many allocations: while it looks at its region, before its first point, or amid its
+/// points, whose duplicates are listed.
+TEST(Threads, aWorkerWithoutMemoryEndsTheProcessOrLeavesAnUnsoundTriangulation)
+{
+    Points vPoints = Dice(7).points(30000, 1.0, 1.0);
+    vPoints.insert(vPoints.end(), vPoints.begin(), vPoints.end());
+    Lumo_2D single;
+    single.insert(vPoints);
+    int numFailed = 0;
+    bool bFails = true;
+    for (int numAllocations = 0; bFails; numAllocations = numAllocations * 5 / 4 + 1) {
+        SCOPED_TRACE("allocations: " + std::to_string(numAllocations));
+        Lumo_2D lumo;
+        lumo.setNumCPU(4);
+        bIsWorker = false;
+        workersAllocations = numAllocations;
+        try {
+            lumo.insert(vPoints);
+            bFails = workersAllocations == 0;
+        } catch (const std::bad_alloc&) {
+            ++numFailed;
+        }
+        workersAllocations = -1;
+        bIsWorker = true;
+        EXPECT_TRUE(lumo.checkValidity(true, "after the failure"));
+        lumo.insert(vPoints);
+        EXPECT_TRUE(trianglesOf(lumo) == trianglesOf(single));
+    }
+    EXPECT_GT(numFailed, 0);
+}
+
+TEST(Threads, twoTriangulationsMadeAtOneTimeDisturbEachOther)
+{
+    const std::vector<Input> vInputs = hardInputs();
+    const auto insertBoth = [&vInputs](int numCPU, std::vector<Corners>& vCorners) {
+        for (const Input& input : {vInputs[0], vInputs[1]}) {
+            Lumo_2D lumo;
+            lumo.setNumCPU(numCPU);
+            lumo.insert(input.vPoints);
+            const std::vector<Corners> vMore = trianglesOf(lumo);
+            vCorners.insert(vCorners.end(), vMore.begin(), vMore.end());
+        }
+    };
+    std::array<std::vector<Corners>, 3> avCorners;
+    std::thread other([&] { insertBoth(2, avCorners[0]); });
+    insertBoth(2, avCorners[1]);
+    other.join();
+    insertBoth(1, avCorners[2]);
+    EXPECT_TRUE(avCorners[0] == avCorners[2]);
+    EXPECT_TRUE(avCorners[1] == avCorners[2]);
 }
 
 } // namespace
