@@ -24,6 +24,7 @@ namespace ORBI_LUMO25D
 class AcceptExperimentalFeature;
 class CloudPrepare;
 class Dt2;
+class MeshGenParams;
 
 /// A Delaunay triangulation of points in the plane that each carry a height.
 ///
@@ -146,6 +147,21 @@ public:
     /// neighbours of very different areas, -500.0 for flat triangles, -999.0 draws the zone into name + ".ps" besides, and
     /// -1000.0 only writes all constraints into binary files. Reports and drawings carry the name. False for NULL.
     bool checkZoneQuality(Zone2* pZone, double minAngle, const char* name, const AcceptExperimentalFeature&);
+
+    // ---- quality meshes -----------------------------------------------------------------------------------------
+
+    /// Inserts vertices into an inside or a bounded zone until its triangles have no angle below minAngleDegree (at most
+    /// 30) and no edge longer than maxEdgeLength, both measured in space. Heights of new vertices are those of the surface.
+    /// A triangle stays as it is where two constraints meet at a smaller angle, where the terrain alone makes it look bad
+    /// (all its angles in the plane are above 29.5 degrees), and where it would take edges shorter than minEdgeLength or the
+    /// split of a constraint that may not be split. Another run with the same limits changes nothing.
+    /// A zone of another kind or of another triangulation, NULL, an angle above 30 and lengths that aren't positive: a
+    /// message, and nothing changes. A zone with several constraint graphs throws LumoException.
+    /// Linear in the number of triangles made.
+    void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                bool bAllowConstraintSplitting);
+    /// The same with all limits, see MeshGenParams. NULL is warned about.
+    void refineAdvanced(MeshGenParams* pParams);
 
     // ---- segments on the surface, triangles from outside ----------------------------------------------------------
 
