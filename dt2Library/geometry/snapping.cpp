@@ -4,6 +4,7 @@
 #include "geometry/exactSums.h"
 
 #include "Point2.h"
+#include "Vector2.h"
 
 #include <gmp.h>
 
@@ -165,6 +166,22 @@ int compareLengths(const Point2& a, const Point2& b, const Point2& c, const Poin
     if (larger > 1e-280 && larger < 1e300 && std::fabs(ab - cd) > 0x1p-49 * larger) return ab < cd ? -1 : 1;
     const int result = exactSquaredLength(a, b).compare(exactSquaredLength(c, d));
     return (result > 0) - (result < 0);
+}
+
+int compareAlong(const Vector2& d, const Point2& p, const Point2& q)
+{
+    const auto sign = [](double v) { return (v > 0.0) - (v < 0.0); };
+    const int signX = sign(d.x()) * (q.x() > p.x() ? 1 : q.x() < p.x() ? -1 : 0);
+    const int signY = sign(d.y()) * (q.y() > p.y() ? 1 : q.y() < p.y() ? -1 : 0);
+    if (signX * signY >= 0) return signX != 0 ? signX : signY;
+    // Each term is off by at most 2^-51 of itself, as long as nothing underflows.
+    const double x = d.x() * (q.x() - p.x());
+    const double y = d.y() * (q.y() - p.y());
+    const double size = std::fabs(x) + std::fabs(y);
+    if (size > 1e-280 && size < 1e300 && std::fabs(x + y) > 0x1p-49 * size) return sign(x + y);
+    Rational sum = product(Rational(d.x()), difference(q.x(), p.x()));
+    sum += product(Rational(d.y()), difference(q.y(), p.y()));
+    return sum.sign();
 }
 
 bool isInside(const Point2& v, const Point2& a, const Point2& b)

@@ -6,6 +6,7 @@ namespace ORBI_LUMO25D
 
 class OrbiTest;
 class Point2;
+class Vector2;
 
 // What is needed where a point that is defined by lines has to become a vertex, that is, a pair of doubles: crossings
 // that are right to the last bit, and exact questions about points near a segment. All in the plane; coordinates must
@@ -17,6 +18,9 @@ double snapDistance(const Point2& a, const Point2& b);
 
 /// Sign of |a b| - |c d|, exact.
 int compareLengths(const Point2& a, const Point2& b, const Point2& c, const Point2& d);
+
+/// Sign of the scalar product of d, in the plane, and the way from p to q: whether q lies farther in direction d; exact.
+int compareAlong(const Vector2& d, const Point2& p, const Point2& q);
 
 /// Whether v is nearer to each end of a b than the ends are to each other; exact.
 bool isInside(const Point2& v, const Point2& a, const Point2& b);

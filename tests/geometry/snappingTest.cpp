@@ -47,6 +47,10 @@ TEST(Snapping, CrossingsOrQuestionsPartFromRationals)
         EXPECT_EQ(compareLengths(a, b, a, c), sgn(ab - ac));
         EXPECT_EQ(isInside(c, a, b), ac < ab && bc < ab);
         EXPECT_EQ(isInRange2D(c, a, b), ac <= ab && bc <= ab);
+        for (const Vector2& along : {Vector2(d.x(), d.y(), 1.0), Vector2(a.y() - b.y(), b.x() - a.x(), 1.0)}) {
+            const mpq_class dx = mpq_class(b.x()) - a.x(), dy = mpq_class(b.y()) - a.y();
+            EXPECT_EQ(compareAlong(along, a, b), sgn(mpq_class(dx * along.x() + dy * along.y())));
+        }
         if (a == b) continue;
         const mpq_class toC = oracles::orientationDet(a, b, c), toD = oracles::orientationDet(a, b, d);
         const double distance = std::sqrt(std::min(1e307, mpq_class(toC * toC / ab).get_d()));
