@@ -10,7 +10,6 @@
 #include <limits>
 #include <memory>
 #include <set>
-#include <string>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -62,9 +61,6 @@ public:
 
     /// All cells, made by the first call: 4 bytes for each.
     const Matrix& getMatrix();
-
-    /// Writes the surface through the points as a Geomview file. False, with a message, when that can't be done.
-    bool writePoints(const std::string& name) const;
 
 private:
     static constexpr std::size_t maxNum = 0x8000;

@@ -73,7 +73,9 @@ GridMesher::GridMesher(MeshGenParams* pParams_)
 
 void GridMesher::run(bool bChopConstraints)
 {
-    pParams->gridVector = normalize(Vector2(pParams->gridVector.x(), pParams->gridVector.y(), 0.0));
+    const Vector2 direction(pParams->gridVector.x(), pParams->gridVector.y(), 0.0);
+    const bool bFinite = std::isfinite(direction.x()) && std::isfinite(direction.y());
+    pParams->gridVector = bFinite ? normalize(direction) : direction;
     if (!isFeasible()) {
         msgWarning("GridMesher::run()", "gridLength is too small for the zone, no grid");
         return;

@@ -4,6 +4,8 @@
 #include "oracles/Dice.h"
 #include "oracles/ExactOracle.h"
 
+#include "Vector2.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>

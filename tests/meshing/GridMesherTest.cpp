@@ -25,7 +25,7 @@ namespace
 using Ring = std::vector<Point2>;
 
 constexpr double inf = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 /// Twelve corners, no edge parallel to another; and a hole.
 const Ring outer{{0, 0, 0},       {41.3, -6.1, 0}, {60.2, 3.3, 0},  {58.7, 31.9, 0}, {37.1, 29.6, 0}, {33.9, 44.8, 0},
@@ -214,7 +214,7 @@ TEST(GridMesher, WhatWasThereStays)
     Terrain terrain({square});
     const std::vector<Point2> vOld{terrain.place({6, 6, 0}), terrain.place({9.5, 9.25, 0})};
     std::vector<Point2*> vHandles;
-    terrain.lumo.insert(vOld, &vHandles);
+    terrain.lumo.insert(vOld, vHandles);
     std::vector<ConstraintSegment2*> vEdges;
     terrain.pGraph->getChildConstraintSegments(vEdges);
     terrain.pParams->addLockedConstraint(vEdges[2]);
@@ -241,11 +241,11 @@ TEST(GridMesher, HostileParametersGiveNoGrid)
         EXPECT_THAT(out.take(), HasSubstr(text));
         EXPECT_EQ(terrain.vertices().size(), outer.size() + hole.size());
     };
-    run(Vector2(nan, 1, 0), 3.0, "orthLen is invalid");
+    run(Vector2(notANumber, 1, 0), 3.0, "orthLen is invalid");
     run(Vector2(1, inf, 0), 3.0, "orthLen is invalid");
     run(Vector2(1, 0, 0), inf, "");
     run(Vector2(1, 0, 0), 1e300, "");
     run(Vector2(1, 0, 0), 1e-5, "gridLength is too small");
     run(Vector2(1, 0, 0), 1e-320, "gridLength is too small");
-    EXPECT_THROW(run(Vector2(1, 0, 0), nan, ""), LumoException);
+    EXPECT_THROW(run(Vector2(1, 0, 0), notANumber, ""), LumoException);
 }

