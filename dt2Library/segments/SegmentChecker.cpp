@@ -79,6 +79,32 @@ void forEachBoxNeighbor(const ORBI_LOCATE2::RTree& rTree, const Segment2& s, con
     rTree.forEach(x.first, y.first, x.second, y.second, f);
 }
 
+/// The positions of the segments whose boxes a segment meets, ascending, and perhaps some more.
+void findCandidates(const ORBI_LOCATE2::RTree& rTree, const Segment2& s, std::vector<std::size_t>& vCandidates)
+{
+    const auto add = [&vCandidates](std::size_t c) { vCandidates.push_back(c); };
+    forEachBoxNeighbor(rTree, s, add);
+    const double width = s.trg.x() - s.src.x();
+    const double height = s.trg.y() - s.src.y();
+    const auto size = std::minmax({std::fabs(width), std::fabs(height)});
+    // The box of a long slanted segment is full of others that are far from it: a chain of smaller boxes is not.
+    constexpr int numPieces = 32;
+    constexpr std::size_t many = 16 * numPieces;
+    if (vCandidates.size() > many && std::isfinite(size.second) && numPieces * size.first > size.second) {
+        vCandidates.clear();
+        const double margin = 0x1p-49 * std::max(s.src.getMaxAbs(), s.trg.getMaxAbs()); // far more than all roundings
+        for (int i = 0; i < numPieces; ++i) {
+            const double from = static_cast<double>(i) / numPieces;
+            const double to = static_cast<double>(i + 1) / numPieces;
+            const auto x = std::minmax({s.src.x() + from * width, s.src.x() + to * width});
+            const auto y = std::minmax({s.src.y() + from * height, s.src.y() + to * height});
+            rTree.forEach(x.first - margin, y.first - margin, x.second + margin, y.second + margin, add);
+        }
+    }
+    std::sort(vCandidates.begin(), vCandidates.end());
+    vCandidates.erase(std::unique(vCandidates.begin(), vCandidates.end()), vCandidates.end());
+}
+
 /// One run over all segments: a mark for each of them that takes part in an illegal intersection.
 class IllegalSearch
 {
@@ -262,8 +288,7 @@ void SegmentChecker::getIntersectors(const Segment2* pSegment, bool bAlsoEndPoin
     if (!isUsable(pSegment, "SegmentChecker::getIntersectors()")) return;
     std::vector<std::size_t> vCandidates;
     vCandidates.reserve(candidatesAtStart);
-    forEachBoxNeighbor(*pSCD->pRTree, *pSegment, [&vCandidates](std::size_t c) { vCandidates.push_back(c); });
-    std::sort(vCandidates.begin(), vCandidates.end());
+    findCandidates(*pSCD->pRTree, *pSegment, vCandidates);
     for (const std::size_t c : vCandidates) {
         Segment2* const pCandidate = pSCD->vSegments[c];
         if (pCandidate == pSegment) continue;

@@ -174,7 +174,7 @@ TEST(SegmentChecker, SearchesDifferFromAllPairs)
         SplitMix64 random(static_cast<unsigned>(i));
         SCOPED_TRACE(i);
         std::vector<Segment2> vSegments;
-        const std::size_t n = i < 8 ? static_cast<std::size_t>(i) : random.index(i % 2 == 0 ? 200 : 30);
+        const std::size_t n = i < 8 ? static_cast<std::size_t>(i) : i < 10 ? 700 : random.index(i % 2 == 0 ? 200 : 30);
         for (std::size_t j = 0; j < n; ++j) vSegments.push_back(randomSegment(random, i % 4));
         const SegmentChecker checker(pointersTo(vSegments));
         for (const bool bAlsoEnds : {false, true}) {
