@@ -35,8 +35,9 @@ enum ConvexHullStrategy : int
 /// number of points, or adaptively, with small cells only where heights vary.
 ///
 /// Guarantees
-/// 1. Each cell that holds points becomes one point, or its points on the hull, unchanged. The hull is exact. Of points
-///    at one place the first one stands for the hull; of a cloud on a straight line the two ends are the hull.
+/// 1. Each cell that holds points becomes one point, or its points on the hull, unchanged. A hull that is kept is the hull
+///    of the result, exactly: a mean that rounding puts outside gives way to the place of one of its points. Of points at
+///    one place the first one stands for the hull; of a cloud on a straight line the two ends are the hull.
 /// 2. A point that stands for itself alone keeps its custom index; all others have -1.
 /// 3. Nothing depends on addresses, threads or the clock: same points, same order, same result.
 /// 4. Bad parameters, and points with a coordinate that is no finite number, get a message; the cloud stays as it was.

@@ -64,15 +64,16 @@ bool CloudPrepareImpl::computeConvexHull(bool bAllPoints, std::vector<Point2>& v
     return true;
 }
 
-/// A mark for each point; none at all when no hull is wanted.
-std::vector<bool> CloudPrepareImpl::markHull(ConvexHullStrategy hull) const
+KeptHull CloudPrepareImpl::findKeptHull(ConvexHullStrategy strategy, const Calc& calc) const
 {
-    std::vector<bool> vMarks;
-    if (hull == CHS_NOHULL) return vMarks;
-    LUMO_CHECK(hull == CHS_MAXHULL || hull == CHS_MINHULL, "false");
-    vMarks.resize(points.size(), false);
-    for (const std::size_t i : findHull(points, hull == CHS_MAXHULL).vPositions) vMarks[i] = true;
-    return vMarks;
+    KeptHull kept;
+    if (strategy == CHS_NOHULL) return kept;
+    LUMO_CHECK(strategy == CHS_MAXHULL || strategy == CHS_MINHULL, "false");
+    const CloudHull hull = findHull(points, strategy == CHS_MAXHULL);
+    for (const std::size_t i : hull.vPositions) kept.vEntries.push_back({calc.code(points[i].x, points[i].y), i});
+    sortEntries(kept.vEntries);
+    kept.isOutside = outsideOf(points, hull);
+    return kept;
 }
 
 // ---- simplification -------------------------------------------------------------------------------------------------
@@ -82,10 +83,10 @@ template <class VisitRanges>
 std::size_t CloudPrepareImpl::simplify(const Calc& calc, SumStrategy sum, ConvexHullStrategy hull, bool bDryRun,
                                        const VisitRanges& visitRanges)
 {
-    const std::vector<bool> vHullMarks = markHull(hull);
+    const KeptHull keptHull = findKeptHull(hull, calc);
     const std::vector<CellEntry> vEntries = sortByCell(points, calc);
     PointBlocks result;
-    RangeSimplifier simplifier(points, vEntries, sum, vHullMarks, bounds, bDryRun ? nullptr : &result);
+    RangeSimplifier simplifier(points, vEntries, sum, keptHull, bDryRun ? nullptr : &result);
     visitRanges(vEntries, simplifier);
     if (!bDryRun) {
         points = std::move(result);

@@ -13,6 +13,7 @@ namespace ORBI_LUMO25D
 {
 
 class RangeSimplifier;
+struct KeptHull;
 
 /// What is behind CloudPrepare: points, their bounds, and the simplifications.
 ///
@@ -37,7 +38,7 @@ public:
     std::size_t adaptiveSimplify(double maxDiffZ, SumStrategy sum, ConvexHullStrategy hull, bool bDryRun);
 
 private:
-    std::vector<bool> markHull(ConvexHullStrategy hull) const;
+    KeptHull findKeptHull(ConvexHullStrategy strategy, const Calc& calc) const;
     template <class VisitRanges>
     std::size_t simplify(const Calc& calc, SumStrategy sum, ConvexHullStrategy hull, bool bDryRun,
                          const VisitRanges& visitRanges);

@@ -6,6 +6,7 @@
 #include "geometry/RoundToNearest.h"
 #include "geometry/numericTools.h"
 #include "support/Progress.h"
+#include "support/check.h"
 #include "support/messages.h"
 
 #include <algorithm>
@@ -123,7 +124,9 @@ std::vector<std::size_t> simplifySurface(EfficientModelData& data, const std::ve
         std::vector<std::size_t> vResult = inInputOrder(data, [&mesh](std::size_t i) { return mesh.isVertex(i); });
         const std::vector<std::size_t> vOffenders = findOffenders(data, vResult, maxError, data.progress);
         if (vOffenders.empty()) return vResult;
+        const std::size_t numBefore = vResult.size();
         mesh.insert(vOffenders, maxError);
+        LUMO_CHECK(mesh.numVertices() > numBefore, "a vertex has its own height");
     }
 }
 

@@ -110,6 +110,10 @@ std::size_t GridLengthSearch::countCells(double gridLen) const
 
 std::size_t GridLengthSearch::testNumPointsForGridLen(double gridLen)
 {
+    if (gridLen == 0.0) {
+        msgWarning("CloudPrepareImpl::testNumPointsForGridLen()", "parameter gridLen==0");
+        return points.size();
+    }
     const std::size_t count = countCells(gridLen);
     vResults.emplace_back(count, gridLen);
     return count;

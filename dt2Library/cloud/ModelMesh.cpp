@@ -19,6 +19,9 @@ namespace
 /// kept from being exhausted.
 constexpr double heightSlack = 0x1p-48;
 
+/// Vertices on one circle whose 560 triangles are still looked at one by one.
+constexpr std::size_t maxFaceSize = 16;
+
 /// Bounds of the heights that triangles of given vertices can have at a place. Seen from any plane, the heights between
 /// vertices are means of theirs: so one near the vertices bounds them closely.
 class HeightBounds
@@ -42,11 +45,12 @@ public:
         }
     }
 
-    /// True only when no such triangle is off by more at p. What isn't a number never is within.
-    bool isWithin(const Point2& p, double maxError) const
+    /// No such triangle is off by more at p. What isn't a number counts as infinite.
+    double maxError(const Point2& p) const
     {
         const Deviation d = deviation(p);
-        return highest - d.value + d.rounding <= maxError && d.value - lowest + d.rounding <= maxError;
+        const double off = std::max(highest - d.value, d.value - lowest) + d.rounding;
+        return std::isnan(off) ? HUGE_VAL : off;
     }
 
 private:
@@ -247,7 +251,9 @@ double ModelMesh::worstError(std::size_t i) const
     return worst;
 }
 
-/// The worst point of the face of pT; points that are within maxError are passed over where that is quickly seen.
+/// The worst point of the face of pT; points that are within maxError are passed over where that is quickly seen. On a
+/// circle with many vertices, whose triangles are too many to be looked at one by one, it is the bound that counts: a few
+/// points more than needed, and the face falls apart.
 ModelMesh::Candidate ModelMesh::worstOfFace(Triangle2* pT, double maxError)
 {
     collectFace(pT);
@@ -259,8 +265,9 @@ ModelMesh::Candidate ModelMesh::worstOfFace(Triangle2* pT, double maxError)
     Candidate worst = {0.0, none, pT};
     for (Triangle2* pFaceT : vFace) {
         for (std::size_t i = slotOf(pFaceT).first; i != none; i = vNext[i]) {
-            if (bounds.isWithin(vPoints[i], maxError)) continue;
-            const Candidate other = {worstError(i), i, pFaceT};
+            const double bound = bounds.maxError(vPoints[i]);
+            if (bound <= maxError) continue;
+            const Candidate other = {vFaceVertices.size() > maxFaceSize ? bound : worstError(i), i, pFaceT};
             if (worst.point == none || worst < other) worst = other;
         }
     }

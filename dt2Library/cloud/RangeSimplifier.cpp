@@ -36,19 +36,17 @@ private:
     double rest = 0.0;
 };
 
-/// A power of two that keeps any number of values finite in a sum.
-double scaleForSums(double maxAbs)
-{
-    return maxAbs > 0x1p950 ? 0x1p-72 : 1.0;
-}
+/// Where a sum leaves the doubles, its numbers are made smaller by that power of two: no range has more of them. Never
+/// before: small numbers would lose digits.
+constexpr double smallerSums = 0x1p-72;
 
 } // namespace
 
 RangeSimplifier::RangeSimplifier(const PointBlocks& points_, const std::vector<CellEntry>& vEntries,
-                                 SumStrategy strategy_, const std::vector<bool>& hullMarks_, const CloudBounds& bounds,
-                                 PointBlocks* pResult_)
-    : points(points_), pEntriesEnd(vEntries.data() + vEntries.size()), strategy(strategy_), hullMarks(hullMarks_),
-      pResult(pResult_)
+                                 SumStrategy strategy_, const KeptHull& hull, PointBlocks* pResult_)
+    : points(points_), pEntriesEnd(vEntries.data() + vEntries.size()), strategy(strategy_),
+      pNextOfHull(hull.vEntries.data()), pHullEnd(hull.vEntries.data() + hull.vEntries.size()),
+      isOutside(hull.isOutside), pResult(pResult_)
 {
     switch (strategy) {
     case SMS_MINIMUM:
@@ -59,8 +57,6 @@ RangeSimplifier::RangeSimplifier(const PointBlocks& points_, const std::vector<C
     default:
         LUMO_CHECK(false, "false");
     }
-    scaleXY = scaleForSums(bounds.maxAbs2D());
-    scaleZ = scaleForSums(std::max(std::fabs(bounds.minZ), std::fabs(bounds.maxZ)));
 }
 
 /// Entries are read one after another, points wherever they are: those to come are asked for in time.
@@ -74,29 +70,28 @@ const Coords& RangeSimplifier::pointOf(const CellEntry* p) const
 void RangeSimplifier::simplifyRange(const CellEntry* pFirst, const CellEntry* pLast)
 {
     LUMO_CHECK(pFirst != pLast, "num>0");
-    if (!hullMarks.empty() && keepHullPoints(pFirst, pLast)) return;
+    if (keepHullPoints(pLast)) return;
     ++count;
     if (pResult == nullptr) return;
     if (pLast - pFirst == 1) {
         pResult->push_back(pointOf(pFirst));
     } else if (strategy == SMS_AVERAGE) {
-        pResult->push_back(average(pFirst, pLast));
+        pResult->push_back(mean(pFirst, pLast, nullptr, 1.0));
     } else {
-        pResult->push_back(getAvgXYforZ(pFirst, pLast, representativeZ(pFirst, pLast)));
+        const double z = representativeZ(pFirst, pLast);
+        pResult->push_back(mean(pFirst, pLast, &z, 1.0));
     }
 }
 
-/// False when there are none.
-bool RangeSimplifier::keepHullPoints(const CellEntry* pFirst, const CellEntry* pLast)
+/// Those up to the end of the range. False when there are none.
+bool RangeSimplifier::keepHullPoints(const CellEntry* pLast)
 {
-    bool bSeen = false;
-    for (const CellEntry* p = pFirst; p != pLast; ++p) {
-        if (!hullMarks[p->position]) continue;
-        bSeen = true;
+    const CellEntry* const pBefore = pNextOfHull;
+    for (; pNextOfHull != pHullEnd && !(*(pLast - 1) < *pNextOfHull); ++pNextOfHull) {
         ++count;
-        if (pResult != nullptr) pResult->push_back(points[p->position]);
+        if (pResult != nullptr) pResult->push_back(points[pNextOfHull->position]);
     }
-    return bSeen;
+    return pNextOfHull != pBefore;
 }
 
 double RangeSimplifier::representativeZ(const CellEntry* pFirst, const CellEntry* pLast)
@@ -117,36 +112,36 @@ double RangeSimplifier::representativeZ(const CellEntry* pFirst, const CellEntry
     return z;
 }
 
-Coords RangeSimplifier::getAvgXYforZ(const CellEntry* pFirst, const CellEntry* pLast, double z) const
+/// The mean of a range; with pOnlyZ, of those of its points that have this z.
+Coords RangeSimplifier::mean(const CellEntry* pFirst, const CellEntry* pLast, const double* pOnlyZ, double scale) const
 {
-    Mean meanX, meanY;
+    Mean meanX, meanY, meanZ;
     const Coords* pSingle = nullptr;
     std::size_t num = 0;
     for (const CellEntry* p = pFirst; p != pLast; ++p) {
-        const Coords& c = points[p->position];
-        if (c.z != z) continue;
+        const Coords& c = pointOf(p);
+        if (pOnlyZ != nullptr && c.z != *pOnlyZ) continue;
         pSingle = &c;
         ++num;
-        meanX.add(c.x * scaleXY);
-        meanY.add(c.y * scaleXY);
+        meanX.add(c.x * scale);
+        meanY.add(c.y * scale);
+        meanZ.add(c.z * scale);
     }
     LUMO_CHECK(num > 0, "num>0");
     if (num == 1) return *pSingle;
     const auto n = static_cast<double>(num);
-    return {meanX.over(n) / scaleXY, meanY.over(n) / scaleXY, z, -1};
-}
-
-Coords RangeSimplifier::average(const CellEntry* pFirst, const CellEntry* pLast) const
-{
-    Mean meanX, meanY, meanZ;
-    for (const CellEntry* p = pFirst; p != pLast; ++p) {
-        const Coords& c = pointOf(p);
-        meanX.add(c.x * scaleXY);
-        meanY.add(c.y * scaleXY);
-        meanZ.add(c.z * scaleZ);
+    Coords c = {meanX.over(n) / scale, meanY.over(n) / scale, pOnlyZ != nullptr ? *pOnlyZ : meanZ.over(n) / scale, -1};
+    if (!std::isfinite(c.x) || !std::isfinite(c.y) || !std::isfinite(c.z)) {
+        const Coords smaller = mean(pFirst, pLast, pOnlyZ, scale * smallerSums);
+        if (!std::isfinite(c.x)) c.x = smaller.x;
+        if (!std::isfinite(c.y)) c.y = smaller.y;
+        if (!std::isfinite(c.z)) c.z = smaller.z;
     }
-    const auto n = static_cast<double>(pLast - pFirst);
-    return {meanX.over(n) / scaleXY, meanY.over(n) / scaleXY, meanZ.over(n) / scaleZ, -1};
+    if (isOutside && isOutside(c)) { // of the hull, by rounding
+        c.x = pSingle->x;
+        c.y = pSingle->y;
+    }
+    return c;
 }
 
 } // namespace ORBI_LUMO25D

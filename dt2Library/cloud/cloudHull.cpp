@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numeric>
 
 namespace ORBI_LUMO25D
@@ -17,8 +18,8 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-constexpr std::size_t sampleSize = 4000;
-constexpr std::size_t numStrips = 1024;
+constexpr std::size_t minSampleSize = 4000, maxSampleSize = 20000;
+constexpr std::size_t numStrips = 2048;
 
 /// Appends the lower hull of points that come in ascending order; of the upper one, when they descend.
 template <class Iterator>
@@ -165,7 +166,7 @@ private:
 
 CloudHull findHull(const PointBlocks& points, bool bAllPoints)
 {
-    const std::size_t step = points.size() / sampleSize;
+    const std::size_t step = points.size() / std::clamp(points.size() / 500, minSampleSize, maxSampleSize);
     std::vector<std::size_t> vCandidates;
     if (step < 2) {
         vCandidates.resize(points.size());
@@ -179,6 +180,56 @@ CloudHull findHull(const PointBlocks& points, bool bAllPoints)
         if (!inner.contains(points[i])) vCandidates.push_back(i);
     }
     return hullOfPositions(points, vCandidates, bAllPoints);
+}
+
+// ---- what is outside ------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+class OutsideTest
+{
+public:
+    OutsideTest(const PointBlocks& points, const CloudHull& hull) : inner(points, hull.vPositions)
+    {
+        for (const std::size_t i : hull.vPositions) {
+            vLower.push_back(toPoint(points[i]));
+            orbiTest.ensureStaticBound(&vLower.back());
+        }
+        const auto itLast = std::max_element(vLower.begin(), vLower.end());
+        vUpper.assign(itLast, vLower.end());
+        vUpper.push_back(vLower.front());
+        std::reverse(vUpper.begin(), vUpper.end());
+        vLower.erase(itLast + 1, vLower.end());
+    }
+
+    bool operator()(const Coords& c) const
+    {
+        return !inner.contains(c) && (side(vLower, c) == ORIENTATION2_CW || side(vUpper, c) == ORIENTATION2_CCW);
+    }
+
+private:
+    /// Of the edge of an ascending chain that is above or below the place.
+    Orientation2 side(const std::vector<Point2>& vChain, const Coords& c) const
+    {
+        if (vChain.size() < 2) return ORIENTATION2_COLLINEAR;
+        const Point2 p = toPoint(c);
+        const auto itEnd = std::upper_bound(vChain.begin() + 1, vChain.end() - 1, c.x,
+                                            [](double x, const Point2& vertex) { return x < vertex.x(); });
+        return orbiTest.orientationInRange(&*(itEnd - 1), &*itEnd, &p);
+    }
+
+    InnerStrips inner;
+    std::vector<Point2> vLower, vUpper; ///< from the first point of the hull to the last one
+    OrbiTest orbiTest;
+};
+
+} // namespace
+
+std::function<bool(const Coords&)> outsideOf(const PointBlocks& points, const CloudHull& hull)
+{
+    const auto pTest = std::make_shared<OutsideTest>(points, hull);
+    return [pTest](const Coords& c) { return (*pTest)(c); };
 }
 
 } // namespace ORBI_LUMO25D

@@ -4,12 +4,14 @@
 #include "Point2.h"
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace ORBI_LUMO25D
 {
 
 class PointBlocks;
+struct Coords;
 
 /// The convex hull of a cloud, by positions.
 struct CloudHull
@@ -24,7 +26,11 @@ struct CloudHull
 /// sample are passed over at a few instructions each; only what is left is sorted.
 CloudHull findHull(const PointBlocks& points, bool bAllPoints);
 
-/// The same for points that ascend and are all different. Linear.
+/// A test whether places, none further out than the points are, lie outside a hull. Exact; well inside it costs a few
+/// instructions. The points may go before the test does.
+std::function<bool(const Coords&)> outsideOf(const PointBlocks& points, const CloudHull& hull);
+
+/// The hull of points that ascend and are all different. Linear.
 CloudHull hullOfSorted(const std::vector<Point2>& vSorted, bool bAllPoints);
 
 } // namespace ORBI_LUMO25D

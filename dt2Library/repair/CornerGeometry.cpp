@@ -50,14 +50,22 @@ CornerGeometry::CornerGeometry(const PatchSurface& surface_, std::size_t base, s
     handInc = normalize(incHandLong);
     handAngle = getAngleDegree(handDec, handInc);
 
-    bool bOK = false;
-    normal = getNormalVector(*pBase, *pInc, *pDec, bOK);
-    if (!bOK) normal = Vector2();
+    normal = reliableNormal(*pBase, *pInc, *pDec);
     const NormalSum sum = computeVertexNNV();
     nnv = unitOrNull(sum.normal);
     if (sum.weight > 0.0) centreOfNNV = sum.centre / sum.weight;
-    if (bOK && !nnv.isDegenerate()) normalAngle = getAngleDegree(nnv, normal);
+    if (!normal.isDegenerate() && !nnv.isDegenerate()) normalAngle = getAngleDegree(nnv, normal);
     angle = normalAngle > 90.0 && handAngle > 1.0 ? handAngle + 180.0 : handAngle;
+}
+
+double CornerGeometry::computeTurn() const
+{
+    const Vector2 up = unitOrNull(surface.normalSum(baseVertex).normal);
+    const double sine = crossProduct(handInc, handDec) * up;
+    const double cosine = tangentialPart(handInc, up) * tangentialPart(handDec, up);
+    if (sine == 0.0 && cosine == 0.0) return 0.0;
+    const double opening = std::atan2(sine, cosine) / radiansPerDegree;
+    return 180.0 - (opening < 0.0 ? opening + 360.0 : opening);
 }
 
 /// Of those triangles at the base that hold dec or inc.
@@ -152,7 +160,9 @@ bool CornerGeometry::computeBend(double len, Bend& bend) const
     constexpr double maxPhi = 1.0;        // 57 degrees
     constexpr double shareOfBehind = 0.4; // found on spheres: with 0 a patch bulges out, with 1 it dents in
     const double behind = std::max(0.0, -(centreOfNNV * bend.tangent));
-    const double phi = std::min(2.0 * computeCurvature() * (shareOfBehind * behind + len / 2.0), maxPhi);
+    double phi = std::min(2.0 * computeCurvature() * (shareOfBehind * behind + len / 2.0), maxPhi);
+    constexpr double flat = 1e-4; // continued bends grow from row to row: those of rounding would, too
+    if (phi < flat) phi = 0.0;
     const Vector2 w = std::cos(phi) * nnv + std::sin(phi) * bend.tangent;
     // (cos phi - 1) / (w * tangent) with w * tangent = sin phi, in the form that is no 0/0 in a plane.
     bend.offset = (sign * -std::tan(phi / 2.0)) * w;

@@ -24,6 +24,8 @@ public:
     double getAngle() const { return angle; }
     /// Between the surface's normal and that of the corner's own triangle, in degrees; 180 if one of them is missing.
     double getNormalAngle() const { return normalAngle; }
+    /// By how much the border turns into the hole here, seen along the surface's normal: from -180 to 180 degrees.
+    double computeTurn() const;
     const Point2& getDec() const { return *pDec; }
     const Point2& getInc() const { return *pInc; }
     /// The surface's unit normal here; may be null.

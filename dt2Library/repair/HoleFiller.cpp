@@ -91,6 +91,7 @@ bool HoleFillerImpl::fill()
     }
     if (bFilled) return bResult;
     bFilled = true;
+    if (bAddPoints && isOuterRim()) bAddPoints = false;
     enqueueAll(vPendingRings.back());
     bResult = true;
     while (!vPendingRings.empty()) {
@@ -99,6 +100,18 @@ bool HoleFillerImpl::fill()
         bResult = fillRing(ring) && bResult;
     }
     return bResult;
+}
+
+/// The rim of an open sheet: what continued the surface there would spread before it could close, if ever. By Gauss and
+/// Bonnet, a border turns by 360 degrees in all, less the curvature of what is missing: 360 around a flat hole, 0 at the
+/// end of a tube and around half a sphere, -360 around a flat sheet. The border is taken for one of a part of a sphere,
+/// which has n^2 / (5.44 (1 + turn / 360)) vertices.
+bool HoleFillerImpl::isOuterRim() const
+{
+    double turn = 0.0;
+    const auto n = static_cast<double>(front.ring(0).size);
+    for (std::size_t node = 0; node < front.ring(0).size; ++node) turn += cornerAt(node).computeTurn();
+    return (1.0 + turn / 360.0) * static_cast<double>(maxNewVertices) < n * n / 5.44;
 }
 
 /// False if the ring could not be closed. True, too, when it was split and its parts wait.

@@ -48,6 +48,7 @@ private:
     using Queue = std::priority_queue<HoleFillerItem>;
 
     bool isProperBorder(const Mesh3* pMesh, const std::vector<Edge2>& vEdges) const;
+    bool isOuterRim() const;
     void computeMedianEdgeLength(const std::vector<Edge2>& vEdges);
     std::size_t ringSize(std::size_t node) const { return front.ring(front.node(node).ring).size; }
     CornerGeometry cornerAt(std::size_t node) const;

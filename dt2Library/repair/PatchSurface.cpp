@@ -8,13 +8,23 @@
 namespace ORBI_LUMO25D
 {
 
-void PatchSurface::addFacet(std::size_t vertex, const Point2* p0, const Point2* p1, const Point2* p2)
+Vector2 reliableNormal(const Point2& p0, const Point2& p1, const Point2& p2)
 {
     bool bOK = false;
-    const Vector2 normal = getNormalVector(*p0, *p1, *p2, bOK);
+    const Vector2 normal = getNormalVector(p0, p1, p2, bOK);
+    if (!bOK) return Vector2();
+    const Vector2 v = p1 - p0, w = p2 - p0;
+    const double length = std::max({v.length(), w.length(), (w - v).length()});
+    const double height = crossProduct(v / length, w / length).length() * length;
+    const double maxAbs = std::max({std::fabs(p0.x()), std::fabs(p0.y()), std::fabs(p0.z())}) + length;
+    return height > 1e4 * 0x1p-53 * maxAbs && height > 1e-9 * length ? normal : Vector2();
+}
+
+void PatchSurface::addFacet(std::size_t vertex, const Point2* p0, const Point2* p1, const Point2* p2)
+{
     Vertex& v = vVertices[vertex];
     const Point2& p = *v.pPoint;
-    const Facet facet{{p0, p1, p2}, bOK ? normal : Vector2(), ((*p0 - p) + (*p1 - p) + (*p2 - p)) / 3.0};
+    const Facet facet{{p0, p1, p2}, reliableNormal(*p0, *p1, *p2), ((*p0 - p) + (*p1 - p) + (*p2 - p)) / 3.0};
     v.vFacets.push_back(facet);
     v.sum.add(facet.normal, facet.centre, 1.0);
 }

@@ -12,6 +12,10 @@
 namespace ORBI_LUMO25D
 {
 
+/// The unit normal of three points; null for a needle, whose normal rounding decides as much as its corners do. A needle
+/// is one whose height is no more than ten thousand roundings of its coordinates, or a billionth of its length.
+Vector2 reliableNormal(const Point2& p0, const Point2& p1, const Point2& p2);
+
 /// Triangles around a vertex: their normals, their centres relative to the vertex, and what a regression needs.
 struct NormalSum
 {

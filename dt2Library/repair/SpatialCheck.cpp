@@ -159,9 +159,8 @@ int SpatialCheck::getSpatialQuality(std::size_t node) const
     const std::size_t base = front.node(node).vertex, dec = front.dec(node), inc = front.inc(node);
     const std::size_t aVertex[3] = {base, inc, dec};
     const Point2* const apPoint[3] = {&surface.point(base), &surface.point(inc), &surface.point(dec)};
-    bool bOK = false;
-    const Vector2 normal = getNormalVector(*apPoint[0], *apPoint[1], *apPoint[2], bOK);
-    if (!bOK) return 1;
+    const Vector2 normal = reliableNormal(*apPoint[0], *apPoint[1], *apPoint[2]);
+    if (normal.isDegenerate()) return 1;
     const Turn turn(*apPoint[0], normal);
     TurnedTriangle t{{turn(*apPoint[0]), turn(*apPoint[1]), turn(*apPoint[2])}, Plane()};
     for (int i = 0; i < 3; ++i) { // a needle is degenerate seen from any of its corners

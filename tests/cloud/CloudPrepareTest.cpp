@@ -246,6 +246,16 @@ TEST(CloudPrepare, ExtremeCoordinatesLeaveTheDoubles)
             EXPECT_EQ(std::fabs(p.z()), 1e308);
         }
     }
+    CloudPrepare mixed, line; // sums of x that are no doubles; means half-way between the doubles of a straight line
+    for (int i = 0; i < 40; ++i) {
+        mixed.add(1.5e308, 1e-300, 5e-324, i);
+        line.add(0x1p52 + i, 0x1p52 + 3 * i, 0.0, i);
+    }
+    EXPECT_EQ(mixed.adaptiveSimplify(1.0, SMS_AVERAGE, CHS_NOHULL, false), 1u);
+    EXPECT_TRUE(sameCloud(pointsOf(mixed), {Point2(1.5e308, 1e-300, 5e-324)}));
+    line.uniformSimplifyGrid(8.0, SMS_AVERAGE, CHS_MINHULL, false);
+    Points vHull;
+    EXPECT_FALSE(line.computeConvexHull(false, vHull)) << "a mean left the line";
 }
 
 TEST(CloudPrepare, InsertedCloudIsAnotherTriangulation)
