@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job on real terrain: builds the library and examples/demo.cpp, runs it on the elevation model in
-# examples/data/terrain, and leaves pictures and point files in out/. Installs what is missing (Debian and relatives).
+# examples/data/terrain, and leaves pictures, a page for the browser and point files in out/. Installs what is missing
+# (Debian and relatives).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=scripts/setup.sh
@@ -26,5 +27,5 @@ else
     say "No ghostscript here: the drawings stay PostScript (with it, out/ gets PNG files as well)"
 fi
 
-say "Left in out/"
+say "Left in out/ (terrain.html is the surface to turn and zoom: open it in a browser)"
 find out -type f -printf '%10s bytes  %p\n' | sort -k 3

@@ -3,7 +3,7 @@
 //     demo POINTS.xyz [OUTPUT_DIRECTORY]
 //
 // reads points "longitude latitude height" (degrees and metres), triangulates them, prints the figures of the surface,
-// answers heights at positions, and leaves two drawings and the points in both file forms.
+// answers heights at positions, and leaves two drawings, a page for the browser and the points in both file forms.
 
 #include "Lumo_2D.h"
 #include "Vector2.h"
@@ -231,6 +231,8 @@ int run(const std::string& filename, const std::string& directory)
 
     drawRelief(lumo, directory + "/relief.ps");
     drawDetail(vPoints, 1600.0, directory + "/triangulation.ps");
+    lumo.setName("Terrain");
+    if (!lumo.writeWebScene((directory + "/terrain.html").c_str())) return 1;
     if (!writeAndReadBack(lumo, directory)) return std::printf("the points did not come back from their files\n"), 1;
     std::printf("Points written as text and binary, read back, and the same.\n");
     return 0;

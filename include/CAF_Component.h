@@ -46,6 +46,12 @@ public:
     /// component on the right. O(n log n).
     void getBorder(std::vector<Segment2>& vBorders) const;
 
+protected:
+    /// For inspection: writes the two surfaces and the walls between them, three points in a row for each triangle, in
+    /// red, green and blue into a Geomview file: the name with "_null.list", "_cut.list" or "_fill.list" by the kind.
+    void showGeomview(const char* name, const std::vector<Point2>& vBeforeT, const std::vector<Point2>& vAfterT,
+                      const std::vector<Point2>& vWalls) const;
+
 private:
     friend class CutAndFillImpl;
 

@@ -25,6 +25,7 @@ class AcceptExperimentalFeature;
 class CloudPrepare;
 class Dt2;
 class MeshGenParams;
+class Visualizer3;
 
 /// A Delaunay triangulation of points in the plane that each carry a height.
 ///
@@ -247,8 +248,21 @@ public:
     void show(const std::string& filename) const;
     /// Adds all edges to a drawing. NULL is warned about.
     void show(Visualizer2* pVisualizer) const;
-    /// Writes a Wavefront OBJ file. False, with a message, when it can't be written.
+    /// Writes all triangles, or while there is none the points, into a Geomview file, in the next colour in turn.
+    void showGeomview(const std::string& filename) const;
+    /// Adds them to a drawing in a colour as told there. NULL is warned about.
+    void showGeomview(Visualizer3* pVisualizer, const std::string& color) const;
+    /// Writes a Wavefront OBJ file, of all triangles or of those of some zones, each zone a group. False, with a message,
+    /// when it can't be written or a zone is none of this triangulation.
     bool writeObj(const char* filename) const;
+    bool writeObj(const char* filename, const std::vector<Zone2*>& vZones) const;
+    /// Writes the surface as a page that any browser with WebGL 2 shows, with nothing but the one file: turned, zoomed,
+    /// exaggerated, tinted by height or slope, with its edges, contours, alive constraints and zones, and the position and
+    /// height under the pointer. Titled by the object's name, or the file's; pUnit names the unit of lengths. Triangles with
+    /// a height that isn't known (NaN, the largest double) are left out. 24 bytes a triangle. False, with a message, when
+    /// it can't be written, without area, and when a zone is none of this triangulation.
+    bool writeWebScene(const char* filename, const char* pUnit = "m") const;
+    bool writeWebScene(const char* filename, const std::vector<Zone2*>& vZones, const char* pUnit = "m") const;
     /// Copies vertices and triangles into an empty record of arrays, with the custom indices if wanted. With bClear, the
     /// triangulation is emptied then: all handles die; the number of threads and fast mode stay.
     void exportTriangulation(LumoExport& lumoExport, bool bCustomIndices, bool bClear);

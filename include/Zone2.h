@@ -11,14 +11,18 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace ORBI_LUMO25D
 {
 
+class Color;
 class ConstraintGraph2;
 class Dt2;
 class Progress;
+class Visualizer2;
+class Visualizer3;
 
 /// The rule by which a zone finds its triangles. The numbers are those of saved files.
 enum ZoneLocation
@@ -129,6 +133,15 @@ public:
     /// Prints a histogram of the angles between the normals of neighbouring triangles; those of the border count where
     /// there is a triangle behind it.
     void analyzeAngles(const char* name) const;
+    /// Draws the edges of the triangles, each once, into a PostScript file; adds them to a drawing. NULL is warned about.
+    void show(const char* filename) const;
+    void show(Visualizer2* pVisualizer, const Color& color) const;
+    /// Writes the triangles into a Geomview file; adds them to a drawing. Colours are told in Visualizer3. NULL is warned
+    /// about.
+    void showGeomview(const char* filename, const std::string& color) const;
+    void showGeomview(Visualizer3* pVisualizer, const std::string& color) const;
+    /// Writes the triangles as a Wavefront OBJ file. False, with a message, when it can't be written.
+    bool writeObj(const char* filename) const;
     /// Draws the triangles and, in red, the graphs into a PostScript file, "debug.ps" for no name.
     void debug(const char* name) const;
 

@@ -33,8 +33,10 @@ class ConstraintInserter;
 class ConstraintMgr;
 class Edge2;
 class LumoExport;
+class ObjWriter;
 class Segment2;
 class Visualizer2;
+class Visualizer3;
 
 /// The engine: everything that makes up one triangulation, behind the facade Lumo_2D.
 ///
@@ -249,8 +251,14 @@ public:
     /// Fills an empty record: vertices in curve order, triangles in the order in which they were made. False, with a
     /// message, when there are too many for the record's counts.
     bool exportTriangulationArray(LumoExport& lumoExport, bool bCustomIndices) const;
-    /// Writes a Wavefront OBJ file; false, with a message, when it can't be written.
-    bool writeObj(const std::string& filename) const;
+    /// Adds the triangles; without area, the waiting points. An empty colour is the next in turn.
+    void showGeomview(Visualizer3& visualizer, const std::string& color) const;
+    /// Write a Wavefront OBJ file, of everything or of the zones' triangles; false, with a message, when it can't be
+    /// written or a zone is none of this triangulation.
+    bool writeObj(const char* filename) const;
+    bool writeObj(const char* filename, const std::vector<const Zone2*>& vChosen) const;
+    /// Writes a page for a browser (see WebSceneExport); false, with a message, as above and without area.
+    bool writeWebScene(const char* filename, const std::vector<const Zone2*>& vChosen, const char* lengthUnit) const;
 
     // ==== Dt2_validity.cpp: self-check and statistics ==============================================================
 
@@ -334,6 +342,8 @@ private:
 
     // Dt2_output.cpp
     std::vector<std::size_t> numberActiveVertices() const;
+    bool areOwn(const std::vector<const Zone2*>& vChosen, const char* functionName) const;
+    void putTriangle(ObjWriter& writer, const Triangle2& t, const std::vector<std::size_t>& vNumber) const;
 
     // Dt2_queries.cpp
     HullEdge someHullEdge() const;

@@ -6,15 +6,29 @@
 #include "Edge2.h"
 #include "LumoExport.h"
 #include "Visualizer2.h"
+#include "Visualizer3.h"
 
+#include "engine/WebSceneExport.h"
 #include "output/ObjWriter.h"
 #include "support/check.h"
 #include "support/messages.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <limits>
 
 namespace ORBI_LUMO25D
 {
+
+bool Dt2::areOwn(const std::vector<const Zone2*>& vChosen, const char* functionName) const
+{
+    const auto isOwn = [this](const Zone2* p) { return p != nullptr && p->getDelaunayTriangulation() == this; };
+    if (std::all_of(vChosen.begin(), vChosen.end(), isOwn)) return true;
+    msgWarning(functionName, "A zone is NULL or belongs to another triangulation, nothing is written");
+    return false;
+}
+
+// ---- drawings -------------------------------------------------------------------------------------------------------
 
 void Dt2::show(Visualizer2& visualizer) const
 {
@@ -33,6 +47,19 @@ void Dt2::show(Visualizer2& visualizer) const
     std::vector<Point2*> vVertices;
     getVertexPointers(vVertices);
     visualizer.addObject(vVertices, color);
+}
+
+void Dt2::showGeomview(Visualizer3& visualizer, const std::string& color) const
+{
+    if (bFullDimensional) {
+        std::vector<Triangle2*> vT;
+        getTrianglePointers(vT);
+        visualizer.addObject(vT, color);
+    } else {
+        std::vector<Point2*> vVertices;
+        getVertexPointers(vVertices);
+        visualizer.addObject(vVertices, color);
+    }
 }
 
 // ---- arrays ---------------------------------------------------------------------------------------------------------
@@ -84,23 +111,78 @@ bool Dt2::exportTriangulationArray(LumoExport& lumoExport, bool bCustomIndices) 
     return true;
 }
 
-bool Dt2::writeObj(const std::string& filename) const
+// ---- meshes for other programs --------------------------------------------------------------------------------------
+
+namespace
+{
+
+void putVertex(ObjWriter& writer, const Point2& p)
+{
+    const double aCoords[] = {p.x(), p.y(), p.z()};
+    writer.addVertex(aCoords, 3);
+}
+
+} // namespace
+
+void Dt2::putTriangle(ObjWriter& writer, const Triangle2& t, const std::vector<std::size_t>& vNumber) const
+{
+    writer.addTriangle(vNumber[poolVertices.indexOf(t.corner(0))], vNumber[poolVertices.indexOf(t.corner(1))],
+                       vNumber[poolVertices.indexOf(t.corner(2))]);
+}
+
+bool Dt2::writeObj(const char* filename) const
 {
     ObjWriter writer(filename);
     if (!writer.isOpen()) return false;
     for (const IdxVtxAct* pItem = vertexVault.begin(); pItem != vertexVault.end(); ++pItem) {
-        if (!pItem->bActive) continue;
-        double aCoords[3];
-        pItem->pVtx->xyz(aCoords[0], aCoords[1], aCoords[2]);
-        writer.addVertex(aCoords, 3);
+        if (pItem->bActive) putVertex(writer, *pItem->pVtx);
     }
     const std::vector<std::size_t> vNumber = numberActiveVertices();
     poolTriangles.forEach([&](const Triangle2* pT) {
-        if (pT->corner(0) == nullptr) return;
-        writer.addTriangle(vNumber[poolVertices.indexOf(pT->corner(0))], vNumber[poolVertices.indexOf(pT->corner(1))],
-                           vNumber[poolVertices.indexOf(pT->corner(2))]);
+        if (pT->corner(0) != nullptr) putTriangle(writer, *pT, vNumber);
     });
     return writer.finish();
+}
+
+bool Dt2::writeObj(const char* filename, const std::vector<const Zone2*>& vChosen) const
+{
+    if (!areOwn(vChosen, "Dt2::writeObj()")) return false;
+    std::vector<std::vector<Triangle2*>> vvT(vChosen.size());
+    for (std::size_t i = 0; i < vChosen.size(); ++i) {
+        vChosen[i]->getTriangles(vvT[i]);
+    }
+    ObjWriter writer(filename);
+    if (!writer.isOpen()) return false;
+    std::vector<std::size_t> vNumber(poolVertices.size(), std::numeric_limits<std::size_t>::max());
+    std::size_t next = 0;
+    for (const std::vector<Triangle2*>& vT : vvT) {
+        for (std::size_t i = 0; i < 3 * vT.size(); ++i) {
+            const Point2* const pVtx = vT[i / 3]->corner(static_cast<int>(i % 3));
+            std::size_t& number = vNumber[poolVertices.indexOf(pVtx)];
+            if (number < next) continue;
+            number = next++;
+            putVertex(writer, *pVtx);
+        }
+    }
+    for (std::size_t i = 0; i < vvT.size(); ++i) {
+        if (vvT.size() > 1) writer.beginGroup(("zone" + std::to_string(i)).c_str());
+        for (const Triangle2* pT : vvT[i]) putTriangle(writer, *pT, vNumber);
+    }
+    return writer.finish();
+}
+
+// ---- scenes ---------------------------------------------------------------------------------------------------------
+
+bool Dt2::writeWebScene(const char* filename, const std::vector<const Zone2*>& vChosen, const char* lengthUnit) const
+{
+    if (!areOwn(vChosen, "Dt2::writeWebScene()")) return false;
+    if (!hasArea()) {
+        msgWarning("Dt2::writeWebScene()", "The triangulation has no area yet, nothing is written");
+        return false;
+    }
+    std::string title = name;
+    if (title.empty()) title = std::filesystem::path(filename == nullptr ? "" : filename).stem().string();
+    return WebSceneExport(*this, vChosen).write(filename, title, lengthUnit == nullptr ? "" : lengthUnit);
 }
 
 } // namespace ORBI_LUMO25D

@@ -5,6 +5,7 @@
 #include "support/messages.h"
 
 #include "Segment2.h"
+#include "Visualizer3.h"
 #include "freeFunctions.h"
 
 #include <algorithm>
@@ -513,9 +514,39 @@ void Lumo_2D::show(Visualizer2* pVisualizer) const
     pImpl->show(*pVisualizer);
 }
 
+void Lumo_2D::showGeomview(const std::string& filename) const
+{
+    Visualizer3 visualizer(filename.c_str());
+    pImpl->showGeomview(visualizer, std::string());
+}
+
+void Lumo_2D::showGeomview(Visualizer3* pVisualizer, const std::string& color) const
+{
+    if (pVisualizer == nullptr) {
+        msgWarning("Lumo_2D::showGeomview()", "no visualizer given");
+        return;
+    }
+    pImpl->showGeomview(*pVisualizer, color);
+}
+
 bool Lumo_2D::writeObj(const char* filename) const
 {
-    return pImpl->writeObj(filename == nullptr ? "" : filename);
+    return pImpl->writeObj(filename);
+}
+
+bool Lumo_2D::writeObj(const char* filename, const std::vector<Zone2*>& vZones) const
+{
+    return pImpl->writeObj(filename, std::vector<const Zone2*>(vZones.begin(), vZones.end()));
+}
+
+bool Lumo_2D::writeWebScene(const char* filename, const char* pUnit) const
+{
+    return pImpl->writeWebScene(filename, {}, pUnit);
+}
+
+bool Lumo_2D::writeWebScene(const char* filename, const std::vector<Zone2*>& vZones, const char* pUnit) const
+{
+    return pImpl->writeWebScene(filename, std::vector<const Zone2*>(vZones.begin(), vZones.end()), pUnit);
 }
 
 void Lumo_2D::exportTriangulation(LumoExport& lumoExport, bool bCustomIndices, bool bClear)

@@ -109,7 +109,7 @@ void LumoExport::extractTriangleNeighborships(std::vector<std::pair<int, int>>& 
 
 bool LumoExport::writeObj(const char* name) const
 {
-    ObjWriter writer(name == nullptr ? "" : name);
+    ObjWriter writer(name);
     if (!writer.isOpen()) return false;
     for (std::size_t v = 0; v < count(numPoints); ++v) {
         writer.addVertex(aCoords + v * count(dim), dim);

@@ -1,44 +1,50 @@
 #include "output/ObjWriter.h"
 
-#include <iostream>
-#include <limits>
-#include <locale>
+#include "support/messages.h"
 
 namespace ORBI_LUMO25D
 {
 
-ObjWriter::ObjWriter(const std::string& filename) : name(filename), stream(filename)
+ObjWriter::ObjWriter(const char* filename) : writer(filename)
 {
-    if (!stream.is_open()) {
-        std::cout << "Can't write " << name << '\n';
+    if (!writer.isOpen()) {
+        printLine("Can't write " + writer.getName());
         return;
     }
-    std::cout << "writing " << name << '\n';
-    stream.imbue(std::locale::classic()); // the program's own may have decimal commas
-    stream.precision(std::numeric_limits<double>::max_digits10);
-    stream << "# Written by Lumo2D";
+    printLine("writing " + writer.getName());
+    writer.put("# Written by Lumo2D");
 }
 
 void ObjWriter::addVertex(const double* aCoords, int dim)
 {
-    stream << "\nv";
+    writer.put("\nv");
     for (int i = 0; i < dim; ++i) {
-        stream << ' ' << aCoords[i];
+        writer.put(" ");
+        writer.put(aCoords[i]);
     }
-    if (dim == 2) stream << " 0";
+    if (dim == 2) writer.put(" 0");
+}
+
+void ObjWriter::beginGroup(const char* name)
+{
+    writer.put("\ng ");
+    writer.put(name);
 }
 
 void ObjWriter::addTriangle(std::size_t a, std::size_t b, std::size_t c)
 {
-    stream << "\nf " << a + 1 << ' ' << b + 1 << ' ' << c + 1;
+    writer.put("\nf");
+    for (const std::size_t v : {a, b, c}) {
+        writer.put(" ");
+        writer.put(std::uint64_t(v) + 1);
+    }
 }
 
 bool ObjWriter::finish()
 {
-    stream << '\n';
-    stream.close();
-    if (stream.good()) return true;
-    std::cout << "Can't write " << name << '\n';
+    writer.put("\n");
+    if (writer.close()) return true;
+    printLine("Can't write " + writer.getName());
     return false;
 }
 

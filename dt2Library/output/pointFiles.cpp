@@ -1,4 +1,5 @@
 #include "freeFunctions.h"
+#include "output/FileWriter.h"
 #include "output/littleEndian.h"
 #include "output/numberScanner.h"
 #include "support/messages.h"
@@ -43,42 +44,13 @@ bool allGiven(const std::vector<Point2*>& vPoints, const char* functionName)
 
 // ---- writing ----------------------------------------------------------------------------------------------------
 
-/// A file that is written in large pieces. Says once, at the end, whether everything arrived.
-class FileWriter
+/// Completes the file; reports a file that couldn't be created or not be written to the end.
+bool complete(FileWriter& writer)
 {
-public:
-    explicit FileWriter(const char* filename) : name(nameOf(filename)), file(name, std::ios::out | std::ios::binary) {}
-
-    /// Room for one more item of n bytes (n far below pieceSize), to be filled and then added.
-    char* getRoom(std::size_t n)
-    {
-        if (numUsed + n > pieceSize) flush();
-        return aPiece + numUsed;
-    }
-    void add(std::size_t n) { numUsed += n; }
-
-    /// Completes the file; reports a file that couldn't be created or not be written to the end.
-    bool close()
-    {
-        flush();
-        file.close();
-        if (file) return true;
-        printLine(name + " can't be written");
-        return false;
-    }
-
-private:
-    void flush()
-    {
-        file.write(aPiece, static_cast<std::streamsize>(numUsed));
-        numUsed = 0;
-    }
-
-    std::string name;
-    std::ofstream file;
-    char aPiece[pieceSize];
-    std::size_t numUsed = 0;
-};
+    if (writer.close()) return true;
+    printLine(writer.getName() + " can't be written");
+    return false;
+}
 
 void putHeader(FileWriter& writer, std::int32_t fileType, std::size_t numRecords)
 {
@@ -117,7 +89,7 @@ bool writeText(const char* filename, const std::vector<PointOrPointer>& vPoints)
 {
     FileWriter writer(filename);
     for (const PointOrPointer& p : vPoints) putPointText(writer, deref(p));
-    return writer.close();
+    return complete(writer);
 }
 
 template <typename PointOrPointer>
@@ -126,7 +98,7 @@ bool writeBinary(const char* filename, const std::vector<PointOrPointer>& vPoint
     FileWriter writer(filename);
     putHeader(writer, 30, vPoints.size());
     for (const PointOrPointer& p : vPoints) putPoint(writer, deref(p));
-    return writer.close();
+    return complete(writer);
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
@@ -287,7 +259,7 @@ bool writeSegmentsBIN(const char* filename, const std::vector<Segment2>& vSegmen
         putPoint(writer, segment.src);
         putPoint(writer, segment.trg);
     }
-    return writer.close();
+    return complete(writer);
 }
 
 bool readSegmentsBIN(const char* filename, std::vector<Segment2>& vSegments)

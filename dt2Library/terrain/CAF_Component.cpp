@@ -2,12 +2,14 @@
 
 #include "Segment2.h"
 #include "Triangle2.h"
+#include "Visualizer3.h"
 #include "support/check.h"
 #include "terrain/SurfaceHeights.h"
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <string>
 
 namespace ORBI_LUMO25D
 {
@@ -86,6 +88,16 @@ void CAF_Component::getBorder(std::vector<Segment2>& vBorders) const
             vBorders.emplace_back(*pT->corner(incIndexBy2(i)), *pT->corner(incIndexBy1(i)));
         }
     }
+}
+
+void CAF_Component::showGeomview(const char* name, const std::vector<Point2>& vBeforeT,
+                                 const std::vector<Point2>& vAfterT, const std::vector<Point2>& vWalls) const
+{
+    const char* const pEnding = caftype == CT_NULL ? "_null.list" : caftype == CT_CUT ? "_cut.list" : "_fill.list";
+    Visualizer3 visualizer(((name == nullptr ? "" : name) + std::string(pEnding)).c_str());
+    visualizer.addTriangles(vBeforeT, "1 0 0 0.5");
+    visualizer.addTriangles(vAfterT, "0 1 0 0.5");
+    visualizer.addTriangles(vWalls, "0 0 1 0.5");
 }
 
 } // namespace ORBI_LUMO25D

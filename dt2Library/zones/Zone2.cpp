@@ -14,6 +14,7 @@
 #include "ConstraintGraph2.h"
 #include "Vector2.h"
 #include "Visualizer2.h"
+#include "Visualizer3.h"
 
 #include <algorithm>
 #include <functional>
@@ -298,6 +299,44 @@ void Zone2::analyzeAngles(const char* name) const
         }
     }
     std::cout << histogram;
+}
+
+void Zone2::show(const char* filename) const
+{
+    Visualizer2 visualizer(filename);
+    show(&visualizer, Color());
+    visualizer.writeFile();
+}
+
+void Zone2::show(Visualizer2* pVisualizer, const Color& color) const
+{
+    if (pVisualizer == nullptr) {
+        msgWarning("Zone2::show()", "no visualizer given");
+        return;
+    }
+    std::vector<Edge2> vEdges;
+    getUndirectedEdges(*pDt, trianglesOf(*this), vEdges);
+    pVisualizer->addObject(vEdges, color);
+}
+
+void Zone2::showGeomview(const char* filename, const std::string& color) const
+{
+    Visualizer3 visualizer(filename);
+    showGeomview(&visualizer, color);
+}
+
+void Zone2::showGeomview(Visualizer3* pVisualizer, const std::string& color) const
+{
+    if (pVisualizer == nullptr) {
+        msgWarning("Zone2::showGeomview()", "no visualizer given");
+        return;
+    }
+    pVisualizer->addObject(trianglesOf(*this), color);
+}
+
+bool Zone2::writeObj(const char* filename) const
+{
+    return pDt->writeObj(filename, {this});
 }
 
 void Zone2::debug(const char* name) const

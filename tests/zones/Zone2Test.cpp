@@ -7,6 +7,7 @@
 #include "zones/triangleSets.h"
 
 #include "AcceptExperimentalFeature.h"
+#include "Color.h"
 #include "LumoException.h"
 #include "Lumo_2D.h"
 #include "UserPredicateT.h"
@@ -520,6 +521,48 @@ TEST(Zone2, FlatTriangleIsMeasuredGrownOrJudgedWrongly)
         EXPECT_EQ(lumo.checkZoneQuality(pZone, c.mode, "t", accept), c.bGood) << c.apex;
         EXPECT_THAT(out.take(), HasSubstr(c.report));
     }
+}
+
+TEST(Zone2, DrawingOrFileHoldsOtherTriangles)
+{
+    const lumo_test::TempWorkDir directory;
+    const lumo_test::CoutCapture out;
+    Lumo_2D lumo;
+    lumo.insert(Dice(3).points(200, 9, 9));
+    Triangles vT;
+    lumo.getTrianglePointers(vT);
+    std::vector<Zone2*> vZones;
+    std::set<const Point2*> sCorners;
+    std::set<std::pair<const Point2*, const Point2*>> sEdges; // of the first zone
+    for (const auto& [first, last] : {std::pair<int, int>(0, 40), {30, 90}}) {
+        vZones.push_back(lumo.createZone(Triangles(vT.begin() + first, vT.begin() + last)));
+        for (int t = first; t < last; ++t) {
+            const Triangle2* const pT = vT[static_cast<std::size_t>(t)];
+            for (int i = 0; i < 3; ++i) {
+                const Point2 *const pA = pT->corner(i), *const pB = pT->corner(incIndexBy1(i));
+                sCorners.insert(pA);
+                if (first == 0) sEdges.insert(std::minmax(pA, pB));
+            }
+        }
+    }
+    const auto count = [](const char* filename, const std::string& part) {
+        const std::string text = lumo_test::readFile(filename);
+        std::size_t n = 0;
+        for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++n;
+        return n;
+    };
+    ASSERT_TRUE(lumo.writeObj("both.obj", vZones));
+    EXPECT_EQ(count("both.obj", "\nv "), sCorners.size());
+    EXPECT_EQ(count("both.obj", "\nf "), 100U);
+    EXPECT_EQ(count("both.obj", "\ng zone"), 2U);
+    ASSERT_TRUE(vZones[0]->writeObj("one.obj"));
+    EXPECT_EQ(count("one.obj", "\nf "), 40U);
+    vZones[0]->show("zone.ps");
+    EXPECT_EQ(count("zone.ps", "lineto"), sEdges.size());
+    vZones[0]->showGeomview("zone.list", "1 1 1 0.5");
+    EXPECT_EQ(count("zone.list", "\n3 "), 40U);
+    vZones[0]->show(static_cast<Visualizer2*>(nullptr), Color());
+    vZones[0]->showGeomview(static_cast<Visualizer3*>(nullptr), "");
 }
 
 } // namespace
