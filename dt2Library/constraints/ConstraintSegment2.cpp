@@ -10,6 +10,7 @@
 #include "ConstraintGraph2.h"
 #include "Segment2.h"
 #include "Visualizer2.h"
+#include "Visualizer3.h"
 
 #include <atomic>
 #include <cmath>
@@ -293,14 +294,29 @@ std::ostream& operator<<(std::ostream& stream, const ConstraintSegment2& segment
     return stream << "length=" << std::sqrt(squaredLength(segment.p0, segment.p1));
 }
 
-void Visualizer2::addObject(const std::vector<ConstraintSegment2*>& vSegments, const Color& color)
+namespace
+{
+
+std::vector<Segment2> toSegments(const std::vector<ConstraintSegment2*>& vSegments)
 {
     std::vector<Segment2> vCopies;
     vCopies.reserve(vSegments.size());
     for (const ConstraintSegment2* pCSeg : vSegments) {
         if (pCSeg != nullptr) vCopies.emplace_back(*pCSeg->getSrc(), *pCSeg->getTrg());
     }
-    addObject(vCopies, color);
+    return vCopies;
+}
+
+} // namespace
+
+void Visualizer2::addObject(const std::vector<ConstraintSegment2*>& vSegments, const Color& color)
+{
+    addObject(toSegments(vSegments), color);
+}
+
+void Visualizer3::addObject(const std::vector<ConstraintSegment2*>& vSegments, const std::string& color)
+{
+    addObject(toSegments(vSegments), color);
 }
 
 } // namespace ORBI_LUMO25D

@@ -1,7 +1,9 @@
 #include "meshing/Grid.h"
 
+#include "engine/Dt2.h"
 #include "support/check.h"
 
+#include "Zone2.h"
 #include "freeFunctions.h"
 
 #include <algorithm>
@@ -101,6 +103,16 @@ const Grid::Matrix& Grid::getMatrix()
     }
     pMatrix = std::move(pNew);
     return *pMatrix;
+}
+
+void Grid::writePoints(const char* name) const
+{
+    std::vector<double> vCoords;
+    vCoords.reserve(3 * vGridPoints.size());
+    for (const Point2* p : vGridPoints) vCoords.insert(vCoords.end(), {p->x(), p->y(), p->z()});
+    Dt2 dt2(vGridPoints.size());
+    dt2.insert(vGridPoints.size(), vCoords.data(), nullptr);
+    Zone2(&dt2, ZL_GLOBAL).showGeomview(name, "1 1 1 0.5");
 }
 
 } // namespace ORBI_LUMO25D

@@ -62,6 +62,9 @@ public:
     /// All cells, made by the first call: 4 bytes for each.
     const Matrix& getMatrix();
 
+    /// Writes the triangulation of the points into a Geomview file.
+    void writePoints(const char* name) const;
+
 private:
     static constexpr std::size_t maxNum = 0x8000;
     static constexpr std::int32_t emptyCell = std::numeric_limits<std::int32_t>::min();

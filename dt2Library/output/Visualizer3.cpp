@@ -1,6 +1,5 @@
 #include "Visualizer3.h"
 
-#include "ConstraintSegment2.h"
 #include "Edge2.h"
 #include "Point2.h"
 #include "Segment2.h"
@@ -280,19 +279,6 @@ void Visualizer3::addObject(const std::vector<Edge2>& vEdges, const std::string&
             pImpl->countOmitted();
         } else {
             pImpl->take<2>({edge.getSrc(), edge.getTrg()});
-        }
-    }
-    pImpl->end();
-}
-
-void Visualizer3::addObject(const std::vector<ConstraintSegment2*>& vSegments, const std::string& color)
-{
-    pImpl->begin(2, color);
-    for (const ConstraintSegment2* pSegment : vSegments) {
-        if (pSegment == nullptr) {
-            pImpl->countOmitted();
-        } else {
-            pImpl->take<2>({pSegment->getSrc(), pSegment->getTrg()});
         }
     }
     pImpl->end();

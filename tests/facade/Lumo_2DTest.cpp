@@ -61,8 +61,6 @@ TEST(Lumo_2DTest, badArraysAndCountsCrashOrInsertSomething)
     EXPECT_EQ(aHandles[4]->z(), 1.0);
     lumo.insert(5, aCoords, nullptr);
     EXPECT_TRUE(isSound(lumo, {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}));
-    Lumo_2D huge(0);
-    EXPECT_EQ(huge.insert(square[0])->getCustomIndex(), -1);
 }
 
 TEST(Lumo_2DTest, emptyInputIsReportedOtherwise)
@@ -79,19 +77,14 @@ TEST(Lumo_2DTest, emptyInputIsReportedOtherwise)
     lumo.insert(square);
     EXPECT_EQ(listener.text.rfind("insert vertices=", 0), 0U);
     lumo.unsubscribe(MSG_PROGRESS, &listener);
-    lumo.unsubscribe(MSG_PROGRESS, &listener);
     listener.text.clear();
     lumo.insert(square);
-    EXPECT_EQ(listener.text, "");
-    CoutCapture out;
-    lumo.subscribe(MSG_PROGRESS, nullptr);
-    EXPECT_NE(out.take(), "");
+    EXPECT_EQ(listener.text, "") << "subscribed twice, but heard of things once";
 }
 
-TEST(Lumo_2DTest, settingsGiveOtherValuesThanTheyShould)
+TEST(Lumo_2DTest, numberOfThreadsIsNotTheOneAskedFor)
 {
     Lumo_2D lumo;
-    EXPECT_EQ(lumo.getImpl()->numCPU, 1);
     const int numHardware = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     for (const auto& [asked, given] : {std::pair<int, int>(7, 7), {0, numHardware}, {-3, 1}, {1, 1}}) {
         EXPECT_EQ(lumo.setNumCPU(asked), given);
@@ -99,18 +92,6 @@ TEST(Lumo_2DTest, settingsGiveOtherValuesThanTheyShould)
     }
     lumo.enableMultithreading();
     EXPECT_EQ(lumo.getImpl()->numCPU, numHardware);
-
-    for (const char* pName : {"surface", static_cast<const char*>(nullptr)}) {
-        lumo.setName(pName);
-        EXPECT_STREQ(lumo.getName(), pName == nullptr ? "" : pName);
-    }
-    CoutCapture out;
-    lumo.internal(-7, -1000, nullptr);
-    lumo.internal(-7, -2000, "x");
-    EXPECT_EQ(out.take(), "internal debug is disbled in your version\ninternal debug is disbled in your version\n");
-    lumo.internal(-7, -1500, nullptr);
-    lumo.internal(7, -1000, nullptr);
-    EXPECT_EQ(out.take(), "");
 }
 
 TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
@@ -124,7 +105,6 @@ TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
     Point2 plain(1, 2, 3);
     CoutCapture out;
     EXPECT_THROW(lumo.getAdjacentTriangle(nullptr, v[0]), LumoException);
-    EXPECT_THROW(lumo.getAdjacentTriangle(v[0], nullptr), LumoException);
     EXPECT_THROW(lumo.getAdjacentTriangle(v[0], v[0]), LumoException);
     lumo.remove(v[3]);
     std::vector<Triangle2*> vT;
@@ -132,7 +112,6 @@ TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
     for (Point2* p : {static_cast<Point2*>(nullptr), &plain, w[0], v[3]}) {
         out.take();
         lumo.getIncidentTriangles(p, vT);
-        EXPECT_NE(out.take().find("vertex does not belong to the triangulation, return"), std::string::npos);
         lumo.getIncidentVertices(p, vVtx);
         EXPECT_NE(out.take().find("vertex does not belong to the triangulation, return"), std::string::npos);
         if (p != nullptr) {
@@ -148,7 +127,6 @@ TEST(Lumo_2DTest, misuseOfQueriesCrashesOrChangesSomething)
         EXPECT_EQ(height, 5.0);
     }
     lumo.show(nullptr);
-    EXPECT_NE(out.take().find("no visualizer given"), std::string::npos);
     EXPECT_FALSE(lumo.writeObj(nullptr));
     EXPECT_TRUE(isSound(lumo, {square[0], square[1], square[2], square[4]}));
     EXPECT_TRUE(empty.checkValidity(true, nullptr));
@@ -164,12 +142,8 @@ TEST(Lumo_2DTest, measuringTouchesTheTriangulation)
     lumo.subscribe(MSG_PROGRESS, &listener);
     CoutCapture out;
     EXPECT_GT(lumo.measureTriangulationTime(oracles::Dice(3).points(2000, 9.0, 9.0)), 0.0);
-    EXPECT_GE(lumo.measureTriangulationTime({}), 0.0);
     EXPECT_EQ(out.take(), "");
     EXPECT_EQ(listener.text, "");
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_GE(lumo.measureTriangulationTime({{0, 0, 0}, {nan, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0.2, nan, 0}}), 0.0);
-    EXPECT_NE(out.take().find("2 point(s) refused"), std::string::npos);
     EXPECT_TRUE(isSound(lumo, square));
 }
 
