@@ -246,7 +246,11 @@ TEST(CloudPrepare, ExtremeCoordinatesLeaveTheDoubles)
             EXPECT_EQ(std::fabs(p.z()), 1e308);
         }
     }
-    CloudPrepare mixed, line; // sums of x that are no doubles; means half-way between the doubles of a straight line
+    // Sums of x that are no doubles; means half-way between the doubles of a straight line; sums that lose digits.
+    CloudPrepare mixed, line, crowd;
+    for (int i = 0; i < 3000; ++i) crowd.add(1e15 + i % 3, -1e15 - i % 3, 0.0, i);
+    crowd.uniformSimplifyGrid(100.0, SMS_AVERAGE, CHS_NOHULL, false);
+    EXPECT_TRUE(pointsOf(crowd).at(0).samePoint(Point2(1e15 + 1, -1e15 - 1, 0.0)));
     for (int i = 0; i < 40; ++i) {
         mixed.add(1.5e308, 1e-300, 5e-324, i);
         line.add(0x1p52 + i, 0x1p52 + 3 * i, 0.0, i);

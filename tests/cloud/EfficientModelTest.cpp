@@ -25,7 +25,7 @@ using Points = std::vector<Point2>;
 namespace
 {
 
-constexpr int numSeeds = 60;
+constexpr int numSeeds = 150;
 
 /// The height of the triangle's plane at p, by Cramer's rule: otherwise than in the library.
 double planeHeight(const Triangle2& t, const Point2& p)
