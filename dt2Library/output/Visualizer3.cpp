@@ -11,8 +11,9 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
-#include <unordered_map>
+#include <utility>
 
 namespace ORBI_LUMO25D
 {
@@ -43,6 +44,45 @@ bool parseColor(const std::string& text, Rgba& rgba)
     }
     return n >= 3;
 }
+
+/// Gives addresses numbers from 0 on, in the order in which they come first. A table with open addressing: for a mesh of
+/// millions several times as fast as a map.
+class AddressNumbers
+{
+public:
+    /// True when the address is new.
+    bool number(const Point2* p, std::uint64_t& result)
+    {
+        if (2 * numUsed >= vSlots.size()) grow();
+        Slot& slot = find(p);
+        const bool bNew = slot.first == nullptr;
+        if (bNew) slot = {p, numUsed++};
+        result = slot.second;
+        return bNew;
+    }
+
+private:
+    using Slot = std::pair<const Point2*, std::uint64_t>;
+
+    Slot& find(const Point2* p)
+    {
+        const std::size_t mask = vSlots.size() - 1;
+        std::size_t i = (reinterpret_cast<std::uintptr_t>(p) >> 3) * 0x9e3779b97f4a7c15U >> 20 & mask;
+        while (vSlots[i].first != nullptr && vSlots[i].first != p) i = (i + 1) & mask;
+        return vSlots[i];
+    }
+    void grow()
+    {
+        std::vector<Slot> vOld(2 * vSlots.size());
+        vOld.swap(vSlots);
+        for (const Slot& slot : vOld) {
+            if (slot.first != nullptr) find(slot.first) = slot;
+        }
+    }
+
+    std::vector<Slot> vSlots = std::vector<Slot>(64);
+    std::uint64_t numUsed = 0;
+};
 
 /// Readers keep coordinates as floats.
 bool isDrawable(const Point2* p)
@@ -149,15 +189,14 @@ void Visualizer3Impl::putPoint(const Point2& p)
 
 void Visualizer3Impl::putTriangles()
 {
-    std::unordered_map<const Point2*, std::uint64_t> mPointToNumber;
-    mPointToNumber.reserve(vPoints.size() / 3);
+    AddressNumbers numbers;
     std::vector<const Point2*> vVertices;
     std::vector<std::uint64_t> vNumbers;
     vNumbers.reserve(vPoints.size());
     for (const Point2* p : vPoints) {
-        const auto [it, bNew] = mPointToNumber.emplace(p, vVertices.size());
-        if (bNew) vVertices.push_back(p);
-        vNumbers.push_back(it->second);
+        std::uint64_t number = 0;
+        if (numbers.number(p, number)) vVertices.push_back(p);
+        vNumbers.push_back(number);
     }
     writer.put("{ appearance { +face -edge ");
     if (rgba[3] < 1.0) writer.put("+transparent ");

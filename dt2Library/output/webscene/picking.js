@@ -14,31 +14,36 @@ class Picker {
 
   static emptyBoxes(n) {
     const boxes = new Float32Array(6 * n);
-    for (let i = 0; i < boxes.length; ++i) boxes[i] = i % 6 < 3 ? Infinity : -Infinity;
+    for (let i = 0; i < boxes.length; i += 6) {
+      boxes.fill(Infinity, i, i + 3);
+      boxes.fill(-Infinity, i + 3, i + 6);
+    }
     return boxes;
   }
 
   leafBoxes() {
     const { positions: p, triangles: t } = this.mesh;
     const boxes = Picker.emptyBoxes(Math.ceil(t.length / 12));
-    for (let i = 0; i < t.length; ++i) {
-      const box = 6 * Math.floor(i / 12);
-      for (let k = 0; k < 3; ++k) {
-        const value = p[3 * t[i] + k];
-        if (value < boxes[box + k]) boxes[box + k] = value;
-        if (value > boxes[box + 3 + k]) boxes[box + 3 + k] = value;
-      }
+    for (let i = 0, box = 0; i < t.length; box += 6) {
+      for (const end = Math.min(i + 12, t.length); i < end; ++i) Picker.widen(boxes, box, p, 3 * t[i], 3 * t[i]);
     }
     return boxes;
   }
 
   boxesAbove(below) {
     const boxes = Picker.emptyBoxes(Math.ceil(below.length / 24));
-    for (let i = 0; i < below.length; ++i) {
-      const at = 6 * Math.floor(i / 24) + i % 6;
-      boxes[at] = i % 6 < 3 ? Math.min(boxes[at], below[i]) : Math.max(boxes[at], below[i]);
+    for (let i = 0, box = 0; i < below.length; box += 6) {
+      for (const end = Math.min(i + 24, below.length); i < end; i += 6) Picker.widen(boxes, box, below, i, i + 3);
     }
     return boxes;
+  }
+
+  /// Makes a box hold the range between two triples of an array.
+  static widen(boxes, box, values, low, high) {
+    for (let k = 0; k < 3; ++k) {
+      if (values[low + k] < boxes[box + k]) boxes[box + k] = values[low + k];
+      if (values[high + k] > boxes[box + 3 + k]) boxes[box + 3 + k] = values[high + k];
+    }
   }
 
   /// The first point of the surface on a ray: { point, triangle }, or null.
