@@ -165,6 +165,9 @@ public:
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments);
     ConstraintGraph2* createConstraint(const std::vector<Edge2>& vEdges, ConstraintInsertionStrategy cis);
+    /// Between vertices of this triangulation.
+    ConstraintGraph2* createConstraint(const std::vector<std::pair<Point2*, Point2*>>& vPairs,
+                                       ConstraintInsertionStrategy cis);
     /// Establishes all constraints that aren't, or not any more. Zones on them are in force then: they have no state.
     void applyConstraintsAndZones();
     /// Whether an alive constraint segment lies on the edge opposite corner ith; joins two vertices; whether any segment

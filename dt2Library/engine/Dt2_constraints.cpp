@@ -39,6 +39,13 @@ ConstraintGraph2* Dt2::createConstraint(const std::vector<Edge2>& vEdges, Constr
     return pConstraintMgr->createConstraint(vEdges, cis, true);
 }
 
+ConstraintGraph2* Dt2::createConstraint(const std::vector<std::pair<Point2*, Point2*>>& vPairs,
+                                        ConstraintInsertionStrategy cis)
+{
+    const RoundToNearest rounding;
+    return pConstraintMgr->createConstraint(vPairs, cis, true);
+}
+
 void Dt2::applyConstraintsAndZones()
 {
     const RoundToNearest rounding;

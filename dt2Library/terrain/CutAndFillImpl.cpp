@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <sstream>
 
 namespace ORBI_LUMO25D
@@ -54,20 +55,37 @@ bool CutAndFillImpl::runPipeline()
     pCombinedZone->getTriangles(vT);
     getCorners(dt2, vT, vVertices);
     overlay.complementHeights(vVertices);
-    for (Point2* pVtx : vVertices) heights.settle(pVtx, threshold);
+    // Not only in the area: rounding may move its border past a vertex later.
+    pDt->poolVertices.forEach([this](Point2* pVtx) {
+        if (heights.get(pVtx).isKnown()) heights.settle(pVtx, threshold);
+    });
     progress.step(5);
 
-    ZeroLineCutter cutter(*pDt, vT, overlay, heights, threshold);
-    cutter.run();
-    vT.clear();
-    vVertices.clear();
-    pCombinedZone->getTriangles(vT);
-    getCorners(dt2, vT, vVertices);
-    cutter.findMissingHeights(vVertices);
+    cutAlongZeroLines(vT);
     progress.step(10);
     groupT2(vT);
     progress.finish();
     return true;
+}
+
+/// Takes the triangles of the common area, and gives what has become of them. Where edges are as close to each other as
+/// the rounding of places, one cut may be in the way of another: what it leaves is cut again.
+void CutAndFillImpl::cutAlongZeroLines(std::vector<Triangle2*>& vT)
+{
+    constexpr int maxRounds = 5;
+    std::vector<Triangle2*> vToCut = vT;
+    for (int i = 0; i < maxRounds && !vToCut.empty(); ++i) {
+        ZeroLineCutter cutter(*pDt, vToCut, overlay, heights, threshold);
+        if (!cutter.run()) return;
+        vT.clear();
+        pCombinedZone->getTriangles(vT);
+        std::vector<Point2*> vVertices;
+        getCorners(*pDt, vT, vVertices);
+        cutter.findMissingHeights(vVertices);
+        vToCut.clear();
+        std::copy_if(vT.begin(), vT.end(), std::back_inserter(vToCut),
+                     [](const Triangle2* pT) { return getTriangleType(pT) == TT_INVALID; });
+    }
 }
 
 CutAndFillImpl::TriType CutAndFillImpl::getTriangleType(const Triangle2* pT)
@@ -81,23 +99,37 @@ CutAndFillImpl::TriType CutAndFillImpl::getTriangleType(const Triangle2* pT)
     return bNegative ? TT_NEGATIVE : TT_ZERO;
 }
 
-/// Where an edge was too short for a cut, a triangle still has both signs: the sign goes that costs less.
+/// Where an edge is too short for a cut, triangles at it still have both signs. The sign goes that changes the volume
+/// less; unless that is more than the triangle holds, as at a cliff between two vertices side by side: it stays then.
 void CutAndFillImpl::postRound(const std::vector<Triangle2*>& vT)
 {
-    for (const Triangle2* pT : vT) {
+    for (Triangle2* pT : vT) {
         if (getTriangleType(pT) != TT_INVALID) continue;
-        double aLargest[2] = {0.0, 0.0}; // of the positive, of the negative heights
+        const double aCosts[2] = {volumeToRound(pT, false), volumeToRound(pT, true)};
+        const bool bNegative = aCosts[1] < aCosts[0];
+        const double largest =
+            std::max({std::fabs(pT->corner(0)->z()), std::fabs(pT->corner(1)->z()), std::fabs(pT->corner(2)->z())});
+        if (sumArea2D({pT}) * largest < aCosts[bNegative]) continue;
         for (int i = 0; i < 3; ++i) {
             const double z = pT->corner(i)->z();
-            double& largest = aLargest[z < 0.0];
-            largest = std::max(largest, std::fabs(z));
-        }
-        const bool bNegativeGoes = aLargest[1] < aLargest[0];
-        for (int i = 0; i < 3; ++i) {
-            const double z = pT->corner(i)->z();
-            if (z != 0.0 && (z < 0.0) == bNegativeGoes) roundToZero(pT->corner(i));
+            if (z != 0.0 && (z < 0.0) == bNegative) roundToZero(pT->corner(i));
         }
     }
+}
+
+/// The change of the volume when the triangle's corners of one sign get the height zero.
+double CutAndFillImpl::volumeToRound(const Triangle2* pT, bool bNegative) const
+{
+    double sum = 0.0;
+    std::vector<Triangle2*> vAround;
+    for (int i = 0; i < 3; ++i) {
+        const double z = pT->corner(i)->z();
+        if (z == 0.0 || (z < 0.0) != bNegative) continue;
+        vAround.clear();
+        pDt->getIncidentTriangles(pT->corner(i), vAround);
+        sum += std::fabs(z) * sumArea2D(vAround) / 3.0;
+    }
+    return sum;
 }
 
 void CutAndFillImpl::roundToZero(Point2* pVtx)
@@ -119,7 +151,11 @@ void CutAndFillImpl::groupT2(const std::vector<Triangle2*>& vT)
     postRound(vT);
     std::vector<Triangle2*> aByType[4];
     for (Triangle2* pT : vT) aByType[getTriangleType(pT)].push_back(pT);
-    LUMO_CHECK(aByType[TT_INVALID].empty(), "getTriangleType(pT)!=TT_INVALID");
+    for (const Triangle2* pT : aByType[TT_INVALID]) {
+        std::ostringstream line;
+        line << "TT_INVALID for " << *pT;
+        printLine(line.str());
+    }
     progress.step(5);
     for (const TriType type : {TT_ZERO, TT_POSITIVE, TT_NEGATIVE}) {
         std::vector<std::vector<Triangle2*>> vvComponents;

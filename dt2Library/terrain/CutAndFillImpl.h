@@ -34,15 +34,17 @@ public:
 private:
     enum TriType
     {
-        TT_INVALID = 0, ///< both signs
+        TT_INVALID = 0, ///< both signs: almost without area, and in no component
         TT_ZERO = 1,
         TT_POSITIVE = 2,
         TT_NEGATIVE = 3
     };
 
     bool runPipeline();
+    void cutAlongZeroLines(std::vector<Triangle2*>& vT);
     static TriType getTriangleType(const Triangle2* pT);
     void postRound(const std::vector<Triangle2*>& vT);
+    double volumeToRound(const Triangle2* pT, bool bNegative) const;
     void roundToZero(Point2* pVtx);
     void groupT2(const std::vector<Triangle2*>& vT);
 

@@ -11,7 +11,7 @@
 #include "zones/triangleSets.h"
 
 #include <algorithm>
-#include <functional>
+#include <cstdint>
 #include <string>
 
 namespace ORBI_LUMO25D
@@ -65,53 +65,53 @@ Zone2* SurfaceOverlay::makeCommonZone(Progress& progress)
 }
 
 /// The edges that aren't outside of the box.
-void SurfaceOverlay::keepEdges(Surface& surface, const Bbox2& bbox) const
+void SurfaceOverlay::keepEdges(const Surface& surface, const Bbox2& bbox, VertexPairs& vEdges) const
 {
     std::vector<Edge2> vAll;
     getUndirectedEdges(*surface.pZone->getDelaunayTriangulation(), surface.vT, vAll);
-    surface.vEdges.reserve(vAll.size());
+    vEdges.reserve(vAll.size());
     for (const Edge2& edge : vAll) {
         Point2 *p0 = nullptr, *p1 = nullptr;
         edge.getPoints(p0, p1);
-        if (!isWhollyOutside(*p0, *p1, bbox)) surface.vEdges.emplace_back(p0, p1);
+        if (!isWhollyOutside(*p0, *p1, bbox)) vEdges.emplace_back(p0, p1);
     }
 }
 
 void SurfaceOverlay::insertEdges(const Bbox2& bbox, Progress& progress)
 {
-    for (Surface& surface : aSurfaces) keepEdges(surface, bbox);
+    VertexPairs aEdges[2];
+    for (int ith = 0; ith < 2; ++ith) keepEdges(aSurfaces[ith], bbox, aEdges[ith]);
     progress.step(30);
     for (int ith = 0; ith < 2; ++ith) {
-        Surface& surface = aSurfaces[ith];
-        std::vector<Segment2> vSegments;
-        vSegments.reserve(surface.vEdges.size());
-        for (const VertexPair2& edge : surface.vEdges) vSegments.emplace_back(*edge.pP0, *edge.pP1);
-        surface.pGraph = dt.createConstraint(vSegments, CIS_CONSTRAINED_DELAUNAY, false);
-        LUMO_CHECK(surface.pGraph != nullptr, "pCG!=0");
-        noteHeightsOfVertices(ith);
+        insertEnds(ith, aEdges[ith]);
+        aSurfaces[ith].pGraph = dt.createConstraint(aEdges[ith], CIS_CONSTRAINED_DELAUNAY);
+        LUMO_CHECK(aSurfaces[ith].pGraph != nullptr, "pCG!=0");
         progress.step(20);
     }
 }
 
-/// At the vertices of the overlay that are vertices of the surface.
-void SurfaceOverlay::noteHeightsOfVertices(int ith)
+/// Replaces the vertices of the surface by those of the overlay at their places, which get to know their heights.
+void SurfaceOverlay::insertEnds(int ith, VertexPairs& vEdges)
 {
-    const std::vector<VertexPair2>& vEdges = aSurfaces[ith].vEdges;
-    std::vector<ConstraintSegment2*> vSegments;
-    aSurfaces[ith].pGraph->getOriginalConstraintSegments(vSegments);
-    bool bInOrder = vSegments.size() == vEdges.size();
-    for (std::size_t i = 0; bInOrder && i < vEdges.size(); ++i) {
-        const Point2 *pSrc = vEdges[i].pP0, *pTrg = vEdges[i].pP1;
-        if (*vSegments[i]->getSrc() != *pSrc) std::swap(pSrc, pTrg);
-        bInOrder = *vSegments[i]->getSrc() == *pSrc && *vSegments[i]->getTrg() == *pTrg;
-        if (!bInOrder) break;
-        heights.at(vSegments[i]->getSrc()).aHeights[ith] = pSrc->z();
-        heights.at(vSegments[i]->getTrg()).aHeights[ith] = pTrg->z();
+    const SimplePool<Point2>& pool = aSurfaces[ith].pZone->getDelaunayTriangulation()->poolVertices;
+    constexpr std::uint32_t unseen = 0xffffffffU;
+    std::vector<std::uint32_t> vNumbers(pool.size(), unseen);
+    std::vector<Point2> vPoints;
+    for (const auto& edge : vEdges) {
+        for (const Point2* p : {edge.first, edge.second}) {
+            std::uint32_t& number = vNumbers[pool.indexOf(p)];
+            if (number != unseen) continue;
+            LUMO_CHECK(vPoints.size() < unseen, "vPoints.size()<unseen");
+            number = static_cast<std::uint32_t>(vPoints.size());
+            vPoints.push_back(*p);
+        }
     }
-    if (bInOrder) return;
-    // The edges of a single triangle are a ring, and have been sorted.
-    for (const VertexPair2& edge : vEdges) {
-        for (const Point2* p : {edge.pP0, edge.pP1}) heights.at(dt.insert(*p)).aHeights[ith] = p->z();
+    std::vector<Point2*> vHandles;
+    dt.insertVector(vPoints, &vHandles);
+    for (std::size_t i = 0; i < vPoints.size(); ++i) heights.at(vHandles[i]).aHeights[ith] = vPoints[i].z();
+    for (auto& edge : vEdges) {
+        edge.first = vHandles[vNumbers[pool.indexOf(edge.first)]];
+        edge.second = vHandles[vNumbers[pool.indexOf(edge.second)]];
     }
 }
 

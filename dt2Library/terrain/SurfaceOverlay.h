@@ -1,10 +1,10 @@
 #ifndef LUMO25D_TERRAIN_SURFACEOVERLAY_H
 #define LUMO25D_TERRAIN_SURFACEOVERLAY_H
 
-#include "VertexPair2.h"
 #include "Zone2.h"
 #include "terrain/SurfaceHeights.h"
 
+#include <utility>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -36,16 +36,16 @@ public:
     bool getHeight(int ith, const Point2& p, double& height) const;
 
 private:
+    using VertexPairs = std::vector<std::pair<Point2*, Point2*>>;
     struct Surface
     {
         Zone2* pZone = nullptr;
         std::vector<Triangle2*> vT;
-        std::vector<VertexPair2> vEdges; ///< that were brought in
         ConstraintGraph2* pGraph = nullptr;
     };
 
-    void keepEdges(Surface& surface, const Bbox2& bbox) const;
-    void noteHeightsOfVertices(int ith);
+    void keepEdges(const Surface& surface, const Bbox2& bbox, VertexPairs& vEdges) const;
+    void insertEnds(int ith, VertexPairs& vEdges);
     void findHeightsOnEdges(int ith);
 
     Surface aSurfaces[2];

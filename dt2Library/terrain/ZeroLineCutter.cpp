@@ -2,8 +2,10 @@
 
 #include "ConstraintSegment2.h"
 #include "Edge2.h"
+#include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "geometry/numericTools.h"
+#include "geometry/snapping.h"
 #include "support/messages.h"
 #include "terrain/SurfaceOverlay.h"
 #include "zones/triangleSets.h"
@@ -22,6 +24,11 @@ bool haveOppositeSigns(double a, double b)
     return (a < 0.0 && b > 0.0) || (a > 0.0 && b < 0.0);
 }
 
+bool isApart(const Point2& a, const Point2& b, double distance)
+{
+    return std::fabs(a.x() - b.x()) > distance || std::fabs(a.y() - b.y()) > distance;
+}
+
 /// The height of surface ith at a place on the edge between two vertices.
 double heightOnEdge(const SurfaceHeights& heights, int ith, const Point2& p0, const Point2& p1, const Point2& at)
 {
@@ -37,13 +44,15 @@ ZeroLineCutter::ZeroLineCutter(Dt2& dt_, const std::vector<Triangle2*>& vT_, con
 {
 }
 
-void ZeroLineCutter::run()
+bool ZeroLineCutter::run()
 {
     findCuts();
+    if (vCuts.empty()) return false;
     planPieces();
     holdEdges();
     for (Cut& cut : vCuts) splitEdge(cut);
     insertPieces();
+    return true;
 }
 
 void ZeroLineCutter::findCuts()
@@ -54,7 +63,7 @@ void ZeroLineCutter::findCuts()
     for (const Edge2& edge : vEdges) {
         Point2 *p0 = nullptr, *p1 = nullptr;
         edge.getPoints(p0, p1);
-        if (p0->z() == 0.0 && p1->z() == 0.0) vZeroEdges.emplace_back(*p0, *p1);
+        if (p0->z() == 0.0 && p1->z() == 0.0) vZeroEdges.emplace_back(p0, p1);
         if (!haveOppositeSigns(p0->z(), p1->z()) || !planCut(p0, p1)) continue;
         Triangle2* aTriangles[2] = {nullptr, nullptr};
         int aSides[2] = {0, 0};
@@ -68,7 +77,8 @@ void ZeroLineCutter::findCuts()
     LUMO_CHECK(vCuts.size() < none, "vCuts.size()<none");
 }
 
-/// False when the edge is too short for a point between its ends.
+/// False when there is no place for a point on the edge: at its ends, within the rounding of places, the new vertex might
+/// be on the wrong side of the constraints that meet there.
 bool ZeroLineCutter::planCut(Point2* p0, Point2* p1)
 {
     const double h0 = p0->z(), h1 = p1->z();
@@ -78,8 +88,8 @@ bool ZeroLineCutter::planCut(Point2* p0, Point2* p1)
     const Point2& target = r <= 0.5 ? *p1 : *p0;
     const double t = r <= 0.5 ? r : std::fabs(h1) / (std::fabs(h0) + std::fabs(h1));
     const Point2 s(origin.x() + (target.x() - origin.x()) * t, origin.y() + (target.y() - origin.y()) * t, 0.0);
-    if (s == *p0 || s == *p1) {
-        vZeroEdges.emplace_back(*p0, *p1);
+    if (!isApart(s, origin, 2.0 * snapDistance(*p0, *p1)) || !isApart(s, target, 2.0 * snapDistance(*p0, *p1))) {
+        vZeroEdges.emplace_back(p0, p1);
         msgWarning("CutAndFillImpl::virtualCut()", "close intersection skipped");
         std::ostringstream values;
         values << "h0=" << h0 << " h1=" << h1;
@@ -116,13 +126,14 @@ void ZeroLineCutter::planPieces()
 void ZeroLineCutter::holdEdges()
 {
     const auto isNoConstraint = [this](const Point2* p0, const Point2* p1) { return !dt.isConstraint(p0, p1); };
-    std::vector<Segment2> vEdges;
+    VertexPairs vEdges;
     for (const Cut& cut : vCuts) {
-        if (isNoConstraint(cut.pP0, cut.pP1)) vEdges.emplace_back(*cut.pP0, *cut.pP1);
+        if (isNoConstraint(cut.pP0, cut.pP1)) vEdges.emplace_back(cut.pP0, cut.pP1);
     }
-    if (!vEdges.empty()) dt.createConstraint(vEdges, CIS_CONSTRAINED_DELAUNAY, false);
-    if (!vZeroEdges.empty()) dt.createConstraint(vZeroEdges, CIS_CONSTRAINED_DELAUNAY, false);
-    for (Cut& cut : vCuts) cut.pSegment = dt.getConstraintSegment(cut.pP0, cut.pP1);
+    dt.createConstraint(vEdges, CIS_CONSTRAINED_DELAUNAY);
+    dt.createConstraint(vZeroEdges, CIS_CONSTRAINED_DELAUNAY);
+    // Dead ones too: where edges are as close as the rounding, one may have been split at an end of another.
+    for (Cut& cut : vCuts) cut.pSegment = dt.getConstraintMgr().find(cut.pP0, cut.pP1);
 }
 
 void ZeroLineCutter::splitEdge(Cut& cut)
@@ -157,19 +168,19 @@ void ZeroLineCutter::splitEdge(Cut& cut)
 
 void ZeroLineCutter::insertPieces()
 {
-    std::vector<Segment2> vSegments;
+    VertexPairs vPairs;
     for (const Piece& piece : vPieces) {
-        const Point2* const pFrom = vCuts[piece.from].pVertex;
-        const Point2* const pTo = piece.to == none ? piece.pCorner : vCuts[piece.to].pVertex;
+        Point2* const pFrom = vCuts[piece.from].pVertex;
+        Point2* const pTo = piece.to == none ? piece.pCorner : vCuts[piece.to].pVertex;
         if (pFrom == nullptr || pTo == nullptr) continue;
-        if (*pFrom == *pTo) {
+        if (pFrom == pTo) {
             printLine(piece.to == none ? "realCut (0): Identical split points skipped"
                                        : "realCut (1): Identical split points skipped");
             continue;
         }
-        vSegments.emplace_back(*pFrom, *pTo);
+        vPairs.emplace_back(pFrom, pTo);
     }
-    if (!vSegments.empty()) dt.createConstraint(vSegments, CIS_CONSTRAINED_DELAUNAY, false);
+    dt.createConstraint(vPairs, CIS_CONSTRAINED_DELAUNAY);
 }
 
 void ZeroLineCutter::findMissingHeights(const std::vector<Point2*>& vVertices)

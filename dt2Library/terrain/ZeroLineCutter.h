@@ -1,11 +1,11 @@
 #ifndef LUMO25D_TERRAIN_ZEROLINECUTTER_H
 #define LUMO25D_TERRAIN_ZEROLINECUTTER_H
 
-#include "Segment2.h"
 #include "Triangle2.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -27,13 +27,16 @@ public:
     ZeroLineCutter(Dt2& dt_, const std::vector<Triangle2*>& vT_, const SurfaceOverlay& overlay_,
                    SurfaceHeights& heights_, double threshold_);
 
-    /// The triangles given at the construction are gone afterwards.
-    void run();
+    /// False, and nothing done, when there is nothing to cut. Else the triangles given at the construction are gone
+    /// afterwards.
+    bool run();
     /// Gives heights to those vertices that came in besides, where constraints were close to each other.
     void findMissingHeights(const std::vector<Point2*>& vVertices);
 
 private:
     static constexpr std::uint32_t none = 0xffffffffU;
+
+    using VertexPairs = std::vector<std::pair<Point2*, Point2*>>;
 
     /// An edge between corners of different signs, with the place where the surfaces meet.
     struct Cut
@@ -48,7 +51,7 @@ private:
     struct Piece
     {
         std::uint32_t from, to;
-        const Point2* pCorner; ///< where there is no second cut
+        Point2* pCorner; ///< where there is no second cut
     };
 
     void findCuts();
@@ -65,7 +68,7 @@ private:
     double threshold;
     const std::vector<Triangle2*>& vT;
     std::vector<std::uint32_t> vCutOfSide; ///< by the number of the triangle in its pool, times 3, plus the side
-    std::vector<Segment2> vZeroEdges;      ///< along which the surfaces meet
+    VertexPairs vZeroEdges;                ///< along which the surfaces meet
     std::vector<Cut> vCuts;
     std::vector<Piece> vPieces;
 };
