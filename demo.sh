@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The main job on real terrain: builds the library and examples/demo.cpp, runs it on the elevation model in
-# examples/data/terrain, and leaves pictures, a page for the browser and point files in out/. Installs what is missing
-# (Debian and relatives).
+# The main jobs on real terrain: builds the library and three of the examples, runs them on the elevation model and the
+# surveys in examples/data/terrain, and leaves pictures, a page for the browser, point files and contours for map programs
+# in out/. Installs what is missing (Debian and relatives).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=scripts/setup.sh
@@ -10,11 +10,18 @@ source scripts/setup.sh
 need compiler cmake ninja gmp
 say "Building"
 configure demo
-cmake --build --preset demo --target demo
+cmake --build --preset demo --target demo contours volumes
 
 say "Running"
 mkdir -p out
 build/demo/examples/demo examples/data/terrain/jacksboro_srtm.xyz out
+
+say "Contours every 50 m, as a drawing and as GeoJSON"
+build/demo/examples/contours examples/data/terrain/jacksboro_srtm.xyz 50 out/contours.ps out/contours.geojson
+
+say "Cut and fill between two laser scans of a cycle track, thirteen years apart, in cubic metres"
+build/demo/examples/volumes examples/data/terrain/autzen_bmx_2010.xyz examples/data/terrain/autzen_bmx_2023.xyz \
+    0.05 out/volumes.ps 0.3048006
 
 if command -v gs >/dev/null; then
     say "Pictures"

@@ -5,6 +5,8 @@
 // reads points "longitude latitude height" (degrees and metres), triangulates them, prints the figures of the surface,
 // answers heights at positions, and leaves two drawings, a page for the browser and the points in both file forms.
 
+#include "LocalMetres.h"
+
 #include "Lumo_2D.h"
 #include "Vector2.h"
 #include "Visualizer2.h"
@@ -23,32 +25,6 @@ using namespace ORBI_LUMO25D;
 
 namespace
 {
-
-/// Degrees to metres on a plane that touches the ellipsoid (WGS 84) at a place: x to the east, y to the north of it.
-/// The lengths of a degree are the usual series in the latitude; over half a degree the plane is right to about 1 part
-/// in 200 in x, which is enough for areas of the size of a map sheet.
-class LocalMetres
-{
-public:
-    LocalMetres(double longitude0_, double latitude0_, double latitudeMiddle)
-        : longitude0(longitude0_), latitude0(latitude0_)
-    {
-        const double phi = latitudeMiddle * 3.14159265358979323846 / 180.0;
-        metresPerDegreeX = 111412.84 * std::cos(phi) - 93.5 * std::cos(3 * phi) + 0.118 * std::cos(5 * phi);
-        metresPerDegreeY = 111132.92 - 559.82 * std::cos(2 * phi) + 1.175 * std::cos(4 * phi);
-    }
-    Point2 operator()(const Point2& degrees) const
-    {
-        return Point2((degrees.x() - longitude0) * metresPerDegreeX, (degrees.y() - latitude0) * metresPerDegreeY,
-                      degrees.z());
-    }
-
-private:
-    double longitude0;
-    double latitude0;
-    double metresPerDegreeX = 0.0;
-    double metresPerDegreeY = 0.0;
-};
 
 /// Shows how far a long step has come: a dot for every two per cent.
 class Gauge : public MsgBase

@@ -242,6 +242,14 @@ TEST(CutAndFill, VolumesDifferFromClippingEachPairOfTriangles)
         case 2: // the same edges, split
             v1 = grid(17, offset, offset, 0.5, [&](double, double) { return dice.real() - 0.3; });
             break;
+        case 4: // zero lines that pass vertices by less than the rounding of places
+            for (auto* v : {&v0, &v1}) {
+                for (Point2& p : *v) {
+                    const double aHeights[] = {1, -1, 0, -1e-12, 1e-13, 1e-14};
+                    p.setCoords(p.x() + (v == &v1) * 0.25 * dice.below(3), 1000 + p.y(), aHeights[dice.below(6)]);
+                }
+            }
+            break;
         case 3: // lines and areas in common
             for (Point2& p : v1) p.setZ(p.x() > offset + 4 ? p.z() : p.z() + dice.below(2));
             break;
