@@ -26,6 +26,8 @@ class Zone2;
 ///
 /// Guarantees, when go() gives true
 /// 1. The components cover the area that both zones have in common, without overlap; each hangs together across edges.
+///    What is missing are triangles at cliffs as narrow as the rounding of places: each is told, and left out where that
+///    changes the volume less than flattening the cliff.
 /// 2. Exchanging the zones exchanges cut and fill.
 ///
 /// The components, their triangles and the zone of differences belong to this object. The input zones must live until
