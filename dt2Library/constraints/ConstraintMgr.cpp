@@ -207,7 +207,12 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<VertexPair>&
 ConstraintGraph2* ConstraintMgr::createConstraint(const std::set<VertexPair>& sPairs, ConstraintInsertionStrategy cis)
 {
     if (sPairs.empty()) return nullptr;
-    return addOriented({sPairs.begin(), sPairs.end()}, cis, "ConstraingMgr::createConstraint()", 1).first;
+    // By place: the order of the set is that of addresses, another one in each run.
+    std::vector<VertexPair> vPairs(sPairs.begin(), sPairs.end());
+    std::sort(vPairs.begin(), vPairs.end(), [](const VertexPair& a, const VertexPair& b) {
+        return a.first != b.first ? *a.first < *b.first : *a.second < *b.second;
+    });
+    return addOriented(vPairs, cis, "ConstraingMgr::createConstraint()", 1).first;
 }
 
 ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Segment2>& vSegments,

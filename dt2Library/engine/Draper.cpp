@@ -49,20 +49,15 @@ bool Draper::walk()
     return walkFromInside(pT);
 }
 
-bool Draper::walkFromOutside()
+void Draper::walkFromOutside()
 {
-    Triangle2* pT = dt2.vertexVault.getCloseTriangle(dt2.hilbertCurve.getIndex(a));
-    int edge = -1;
-    const int state = dt2.locateConflictTriangle(a, &pT, &edge);
-    LUMO_CHECK(state > -1 && state < 3, "intState>-1 && intState<3");
-    bool bAtVertex = false;
-    const Dt2::HullEdge e = dt2.entryEdge(a, b, {pT, state}, bAtVertex);
-    if (e.pT == nullptr) return false;
-    Point2* const p = e.pT->corner(L::next(e.ith));
-    if (bAtVertex) return isInRange2D(*p, a, b) && walkFromVertex(p);
-    if (orbiTest.orientationInRange(p, e.pT->corner(L::prev(e.ith)), &b) != ORIENTATION2_CCW) return false;
-    addCrossing(e.pT, e.ith);
-    return walkThrough(e.pT, e.ith);
+    const Dt2::HullEntry entry = dt2.enterHull(a, b);
+    if (entry.pVtx != nullptr) {
+        walkFromVertex(entry.pVtx);
+    } else if (entry.edge.pT != nullptr) {
+        addCrossing(entry.edge.pT, entry.edge.ith);
+        walkThrough(entry.edge.pT, entry.edge.ith);
+    }
 }
 
 /// a lies inside edge ith of pT.

@@ -26,7 +26,7 @@ public:
 
 private:
     bool walk();
-    bool walkFromOutside();
+    void walkFromOutside();
     bool walkFromEdge(Triangle2* pT, int ith);
     bool walkFromInside(Triangle2* pT);
     bool walkFromVertex(Point2* pV);

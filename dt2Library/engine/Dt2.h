@@ -305,6 +305,12 @@ private:
         Triangle2* pT;
         int ith;
     };
+    /// Where a segment that starts outside of the hull gets in: at a vertex, or across an edge; both null if it doesn't.
+    struct HullEntry
+    {
+        Point2* pVtx;
+        HullEdge edge;
+    };
 
     // Dt2.cpp
     template <class Iterator>
@@ -351,6 +357,7 @@ private:
     // Dt2_queries.cpp
     HullEdge someHullEdge() const;
     HullEdge entryEdge(const Point2& src, const Point2& trg, HullEdge e, bool& bAtVertex) const;
+    HullEntry enterHull(const Point2& src, const Point2& trg);
     bool pullInside(const HullEdge& e, Point2& p);
 
     // Dt2_removal.cpp

@@ -4,6 +4,7 @@
 
 #include "geometry/RoundToNearest.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/exactSums.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 namespace ORBI_LUMO25D
@@ -38,7 +40,7 @@ namespace
 
 /// Slopes above this many degrees are interpolated exactly: there, a rounding error in the plane is a large one in height.
 constexpr double maxPlainSlope = 89.9;
-/// What plain interpolation may overshoot the corners' heights by and still be taken back to them.
+/// What interpolation may overshoot the corners' heights by and still be taken back to them.
 constexpr double maxOvershoot = 0.001;
 
 double slopeDegrees(const Triangle2& t)
@@ -50,17 +52,29 @@ double slopeDegrees(const Triangle2& t)
     return std::acos(nz) * 180.0 / 3.14159265359;
 }
 
-/// Height of the triangle's plane in double arithmetic; not a number where the projection has no area.
-double plainHeight(const Triangle2& t, double x, double y)
+/// Height of the triangle's plane at a position in it, by the weights of its corners; of thin triangles, plain products
+/// would leave few digits. Not a number where doubles don't do.
+double heightByWeights(const Triangle2& t, double x, double y)
 {
-    const Point2* const o = t.corner(0);
-    const double bx = t.corner(1)->x() - o->x(), by = t.corner(1)->y() - o->y(), bz = t.corner(1)->z() - o->z();
-    const double cx = t.corner(2)->x() - o->x(), cy = t.corner(2)->y() - o->y(), cz = t.corner(2)->z() - o->z();
-    const double denominator = bx * cy - by * cx;
-    const double px = x - o->x(), py = y - o->y();
-    const double s = (px * cy - py * cx) / denominator;
-    const double t1 = (bx * py - by * px) / denominator;
-    return o->z() + s * bz + t1 * cz;
+    const Point2 &o = *t.corner(0), &b = *t.corner(1), &c = *t.corner(2);
+    const double bx = b.x() - o.x(), by = b.y() - o.y(), cx = c.x() - o.x(), cy = c.y() - o.y();
+    const double px = x - o.x(), py = y - o.y();
+    double area = bx * cy - by * cx;
+    double ofB = px * cy - py * cx;
+    double ofC = bx * py - by * px;
+    const double products = std::fabs(bx * cy) + std::fabs(by * cx) + std::fabs(px * cy) + std::fabs(py * cx) +
+                            std::fabs(bx * py) + std::fabs(by * px);
+    constexpr double maxLoss = 64.0; // of digits: the height is off by 2^-44 of the corners' difference at most
+    if (!(products <= maxLoss * area)) {
+        const Point2 p(x, y, 0.0);
+        area = preciseDoubledArea(o, b, c);
+        ofB = preciseDoubledArea(o, p, c);
+        ofC = preciseDoubledArea(o, b, p);
+        if (!(products * 0x1p-50 <= area)) return std::numeric_limits<double>::quiet_NaN();
+    }
+    constexpr double leastArea = 1e-250; // products below lack bits
+    if (!(area >= leastArea)) return std::numeric_limits<double>::quiet_NaN();
+    return o.z() + ofB / area * (b.z() - o.z()) + ofC / area * (c.z() - o.z());
 }
 
 double exactHeight(const Triangle2& t, double x, double y)
@@ -80,9 +94,9 @@ double heightOnTriangle(const Triangle2& t, double x, double y)
         const double height = exactHeight(t, x, y);
         LUMO_CHECK(height <= maxZ + .0001, "height<=maxZ+.0001");
         LUMO_CHECK(height >= minZ - .0001, "height>=minZ-.0001");
-        return height;
+        return std::min(std::max(height, minZ), maxZ);
     }
-    double height = plainHeight(t, x, y);
+    double height = heightByWeights(t, x, y);
     if (height > maxZ && height - maxZ < maxOvershoot) height = maxZ;
     if (height < minZ && minZ - height < maxOvershoot) height = minZ;
     if (!(height >= minZ && height <= maxZ)) height = exactHeight(t, x, y);
@@ -310,6 +324,27 @@ Dt2::HullEdge Dt2::entryEdge(const Point2& src, const Point2& trg, HullEdge e, b
     return sees(e) ? e : HullEdge{nullptr, 0};
 }
 
+/// How the segment from src, which lies outside, gets into the hull. To touch an edge from outside is not to get in. Both
+/// ends must be known to the predicates.
+Dt2::HullEntry Dt2::enterHull(const Point2& src, const Point2& trg)
+{
+    Triangle2* pT = vertexVault.getCloseTriangle(hilbertCurve.getIndex(src));
+    int edge = -1;
+    const int state = locateConflictTriangle(src, &pT, &edge);
+    LUMO_CHECK(state > -1 && state < 3, "intState>-1 && intState<3");
+    HullEntry entry{nullptr, {nullptr, 0}};
+    bool bAtVertex = false;
+    const HullEdge e = entryEdge(src, trg, {pT, state}, bAtVertex);
+    if (e.pT == nullptr) return entry;
+    Point2* const p = e.pT->corner(L::next(e.ith));
+    if (bAtVertex) {
+        if (isBetweenCollinear(src, trg, *p)) entry.pVtx = p;
+    } else if (orbiTest.orientationInRange(p, e.pT->corner(L::prev(e.ith)), &trg) == ORIENTATION2_CCW) {
+        entry.edge = e;
+    }
+    return entry;
+}
+
 /// Rounding may have put the point just outside of hull edge e: steps towards the far corner, doubled each time, bring it
 /// back. Near an end of the edge it may then still be outside of the next one, which the far corner may lie on: so the
 /// last steps go towards the middle of the triangle. False when that doesn't help.
@@ -333,7 +368,8 @@ bool Dt2::pullInside(const HullEdge& e, Point2& p)
 Point2 Dt2::cutLineAtCH(const Point2& src, const Point2& trg, bool& bOK)
 {
     bOK = false;
-    if (!bFullDimensional || !std::isfinite(src.getMaxAbs()) || !std::isfinite(trg.getMaxAbs())) return Point2();
+    const auto isFinite = [](const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); };
+    if (!bFullDimensional || !isFinite(src) || !isFinite(trg)) return Point2();
     const RoundToNearest rounding;
     orbiTest.ensureStaticBound(&src);
     orbiTest.ensureStaticBound(&trg);

@@ -126,19 +126,24 @@ void Dt2::deleteZone(Zone2* pZone)
 namespace
 {
 
-/// The first barycentre of a triangle that is strictly inside it, in spite of rounding. False when there is none, after
-/// telling so.
+/// Of the barycentres that are strictly inside of their triangles, in spite of rounding, the leftmost one (of several, the
+/// lowest): a choice that doesn't depend on the order of triangles. False when there is none, after telling so.
 bool findStartPoint(const OrbiTest& orbiTest, const std::vector<Triangle2*>& vComponent, Point2& startPoint)
 {
+    bool bFound = false;
     for (const Triangle2* pT : vComponent) {
-        startPoint = pT->getBarycenter();
+        const Point2 p = pT->getBarycenter();
+        if (bFound && !(p < startPoint)) continue;
         bool bInside = true;
         for (int i = 0; i < 3; ++i) {
             bInside = bInside && orbiTest.orientationInRange(pT->corner(incIndexBy1(i)), pT->corner(incIndexBy2(i)),
-                                                             &startPoint) == ORIENTATION2_CCW;
+                                                             &p) == ORIENTATION2_CCW;
         }
-        if (bInside) return true;
+        if (!bInside) continue;
+        startPoint = p;
+        bFound = true;
     }
+    if (bFound) return true;
     msgWarning("Dt2::createZone()", "A connected component of the zone is almost degenerate:");
     for (const Triangle2* pT : vComponent) {
         std::cout << "Unable to handle the triangle " << *pT << '\n';
@@ -147,35 +152,51 @@ bool findStartPoint(const OrbiTest& orbiTest, const std::vector<Triangle2*>& vCo
     return false;
 }
 
-} // namespace
-
-Zone2* Dt2::createZone(const std::vector<Triangle2*>& vTriangles)
+/// The triangles of the triangulation; others are warned about.
+std::vector<Triangle2*> ownTriangles(const Dt2& dt2, const std::vector<Triangle2*>& vTriangles)
 {
-    const RoundToNearest rounding;
     std::vector<Triangle2*> vT;
     std::copy_if(vTriangles.begin(), vTriangles.end(), std::back_inserter(vT),
-                 [this](const Triangle2* pT) { return isAliveTriangle(pT); });
+                 [&dt2](const Triangle2* pT) { return dt2.isAliveTriangle(pT); });
     if (vT.size() < vTriangles.size()) {
         msgWarning("Dt2::createZone()", std::to_string(vTriangles.size() - vT.size()) +
                                             " triangle(s) ignored: they do not belong to the triangulation");
     }
-    std::vector<std::vector<Triangle2*>> vvT;
-    getConnectedComponents(*this, vT, vvT);
-    std::vector<Point2> vStartPoints;
+    return vT;
+}
+
+/// The border of a set of triangles, by place: triangles mostly come in the order of their addresses, another one in each
+/// run.
+std::vector<Segment2> sortedBorder(const Dt2& dt2, const std::vector<Triangle2*>& vT)
+{
     std::vector<Edge2> vEdges;
-    for (std::vector<Triangle2*>& vComponent : vvT) {
-        std::sort(vComponent.begin(), vComponent.end(), std::less<Triangle2*>());
-        Point2 startPoint;
-        if (findStartPoint(orbiTest, vComponent, startPoint)) vStartPoints.push_back(startPoint);
-    }
-    getBorderEdges(*this, vT, vEdges);
+    getBorderEdges(dt2, vT, vEdges);
     std::vector<Segment2> vSegments;
     vSegments.reserve(vEdges.size());
     for (const Edge2& edge : vEdges) {
         vSegments.emplace_back(*edge.getSrc(), *edge.getTrg());
     }
+    std::sort(vSegments.begin(), vSegments.end(),
+              [](const Segment2& a, const Segment2& b) { return Func_compareSegment()(&a, &b); });
+    return vSegments;
+}
+
+} // namespace
+
+Zone2* Dt2::createZone(const std::vector<Triangle2*>& vTriangles)
+{
+    const RoundToNearest rounding;
+    const std::vector<Triangle2*> vT = ownTriangles(*this, vTriangles);
+    std::vector<std::vector<Triangle2*>> vvT;
+    getConnectedComponents(*this, vT, vvT);
+    std::vector<Point2> vStartPoints;
+    for (const std::vector<Triangle2*>& vComponent : vvT) {
+        Point2 startPoint;
+        if (findStartPoint(orbiTest, vComponent, startPoint)) vStartPoints.push_back(startPoint);
+    }
+    std::sort(vStartPoints.begin(), vStartPoints.end());
     std::vector<ConstraintGraph2*> vGraphs;
-    if (ConstraintGraph2* const pGraph = createConstraint(vSegments, CIS_CONSTRAINED_DELAUNAY, true)) {
+    if (ConstraintGraph2* const pGraph = createConstraint(sortedBorder(*this, vT), CIS_CONSTRAINED_DELAUNAY, true)) {
         vGraphs.push_back(pGraph);
     }
     return enterZone(std::make_unique<Zone2>(this, vGraphs, ZL_GROW, vStartPoints));

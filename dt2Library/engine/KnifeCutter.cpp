@@ -70,17 +70,9 @@ void KnifeCutter::setKnife(const Segment2& knife)
 Point2* KnifeCutter::enter()
 {
     if (Point2* const pStart = vertexAt(a)) return pStart;
-    Triangle2* pT = dt2.vertexVault.getCloseTriangle(dt2.hilbertCurve.getIndex(a));
-    int edge = -1;
-    const int state = dt2.locateConflictTriangle(a, &pT, &edge);
-    LUMO_CHECK(state > -1 && state < 3, "intState>-1 && intState<3");
-    bool bAtVertex = false;
-    const Dt2::HullEdge e = dt2.entryEdge(a, b, {pT, state}, bAtVertex);
-    if (e.pT == nullptr) return nullptr;
-    Point2* const p = e.pT->corner(L::next(e.ith));
-    if (bAtVertex) return isInRange2D(*p, a, b) ? p : nullptr;
-    if (orbiTest.orientationInRange(p, e.pT->corner(L::prev(e.ith)), &b) != ORIENTATION2_CCW) return nullptr;
-    return enterAcross(e.pT, e.ith);
+    const Dt2::HullEntry entry = dt2.enterHull(a, b);
+    if (entry.pVtx != nullptr || entry.edge.pT == nullptr) return entry.pVtx;
+    return enterAcross(entry.edge.pT, entry.edge.ith);
 }
 
 /// The next vertex on the way from pV, at the other end of an edge; null where the knife leaves the hull.
@@ -121,7 +113,8 @@ Point2* KnifeCutter::leaveAlongEdge(Point2* pV, Triangle2*& pWedge) const
 /// Whether p counts as on the knife and lies between a place and the end of the knife.
 bool KnifeCutter::isOnTheWay(const Point2& p, const Point2& from) const
 {
-    return (isNear(p) || orbiTest.orientationInRange(&from, &b, &p) == ORIENTATION2_COLLINEAR) && isInside(p, from, b);
+    // In this order, because what lies behind is near, too, as a rule: that would be found out exactly, at a price.
+    return isInside(p, from, b) && (isNear(p) || orbiTest.orientationInRange(&from, &b, &p) == ORIENTATION2_COLLINEAR);
 }
 
 /// Whether p is so close to the line of the knife that it counts as on it.
@@ -161,6 +154,23 @@ Point2* KnifeCutter::enterAcross(Triangle2* pT, int j)
         if (pNext != nullptr) j = L::indexOf(pNext, pT);
         pT = pNext;
     }
+    Point2* pNew = splitFromInside(vEdges, vInner, innermost);
+    if (pNew == nullptr) {
+        bWiden = true;
+        for (std::size_t i = vEdges.size(); pNew == nullptr && i-- > 0;) {
+            pNew = nearEnd(vEdges[i], innermost, a);
+        }
+        if (pNew == nullptr) pNew = splitFromInside(vEdges, vInner, innermost);
+        bWiden = false;
+    }
+    bStuck = pNew == nullptr;
+    return pNew;
+}
+
+/// Splits the innermost of some edges, of which the first lies on the hull, with as many of those outside as it takes.
+Point2* KnifeCutter::splitFromInside(const std::vector<Crossed>& vEdges, const std::vector<Triangle2*>& vInner,
+                                     const Point2& innermost)
+{
     vCrossed.clear();
     vZone.clear();
     for (std::size_t i = vEdges.size(); i-- > 0;) {
@@ -169,14 +179,24 @@ Point2* KnifeCutter::enterAcross(Triangle2* pT, int j)
         if (i > 0) vZone.push_back(vInner[i - 1]);
         if (Point2* const pNew = splitCrossed(innermost, a)) return pNew;
     }
-    bStuck = true;
     return nullptr;
 }
 
 /// Leads the knife from corner ith of pT across the edge opposite: splits it, alone if possible, else together with the
-/// next ones. Returns the vertex there, which is the corner itself when the edges pass so close to it that they are split
-/// there; null if no double will do, or the hull ends there.
+/// next ones, else with edges beside the knife, too. Returns the vertex there, which is the corner itself when the edges
+/// pass so close to it that they are split there; null if no double will do, or the hull ends there.
 Point2* KnifeCutter::passEdges(Triangle2* pT, int ith)
+{
+    Point2* pNext = passEdgesAhead(pT, ith);
+    if (bStuck) {
+        bWiden = true;
+        pNext = passEdgesAhead(pT, ith);
+        bWiden = false;
+    }
+    return pNext;
+}
+
+Point2* KnifeCutter::passEdgesAhead(Triangle2* pT, int ith)
 {
     Point2* const pV = pT->corner(ith);
     vZone.assign(1, pT);
@@ -216,7 +236,8 @@ Point2* KnifeCutter::passEdges(Triangle2* pT, int ith)
     }
 }
 
-/// Where the knife crosses an edge; computed on what is left of the knife where the whole of it, by rounding, doesn't.
+/// Where the knife crosses an edge, on the way from a place; computed on what is left of the knife where the whole of it, by
+/// rounding, doesn't.
 bool KnifeCutter::crossing(const Crossed& edge, const Point2& from, Point2& p) const
 {
     const Point2* p0 = edge.p0;
@@ -227,7 +248,7 @@ bool KnifeCutter::crossing(const Crossed& edge, const Point2& from, Point2& p) c
     for (const Point2* pSrc : {static_cast<const Point2*>(&a), &from}) {
         if (!roundedCrossing(orbiTest, *pSrc, b, *p0, *p1, x, y)) continue;
         p.setCoords(x, y, 0.0);
-        if (isInRange2D(p, *p0, *p1)) return true;
+        if (isInRange2D(p, *p0, *p1) && (pSrc == &from || isInRange2D(p, from, b))) return true;
     }
     return false;
 }
@@ -235,8 +256,9 @@ bool KnifeCutter::crossing(const Crossed& edge, const Point2& from, Point2& p) c
 /// The end of the edge that its crossing is next to; null if there is none on the way.
 Point2* KnifeCutter::nearEnd(const Crossed& edge, const Point2& at, const Point2& from) const
 {
+    const double distance = (bWiden ? 2.0 : 0.5) * snap;
     for (Point2* pHub : {edge.p0, edge.p1}) {
-        if (isWithinBox(at, *pHub, 0.5 * snap) && isInside(*pHub, from, b)) return pHub;
+        if (isWithinBox(at, *pHub, distance) && (*pHub == b || isInside(*pHub, from, b))) return pHub;
     }
     return nullptr;
 }
@@ -244,15 +266,18 @@ Point2* KnifeCutter::nearEnd(const Crossed& edge, const Point2& at, const Point2
 /// Splits all crossed edges at one new vertex, as close to the given place as can be.
 Point2* KnifeCutter::splitCrossed(const Point2& at, const Point2& from)
 {
+    if (isInside(at, from, b) && becomesStar(at)) return newHub(at);
+    // An end of the knife that is outside of the hull may be so by rounding alone.
+    for (const Point2* pKnifeEnd : {&a, &b}) {
+        if (pEnd == nullptr && isWithinBox(at, *pKnifeEnd, snap) && becomesStar(*pKnifeEnd)) return newHub(*pKnifeEnd);
+    }
     constexpr int maxSteps = 2; // of a quarter of the snap distance: the farthest candidate is within it
-    for (int distance = 0; distance <= maxSteps; ++distance) {
+    for (int distance = 1; distance <= maxSteps; ++distance) {
         for (int i = -distance; i <= distance; ++i) {
             for (int j = -distance; j <= distance; ++j) {
                 if (std::max(std::abs(i), std::abs(j)) != distance) continue;
                 const Point2 p(at.x() + 0.25 * snap * i, at.y() + 0.25 * snap * j, 0.0);
-                // An end of the knife that is outside of the hull may be so by rounding alone.
-                const bool bAtEnd = pEnd == nullptr && (p == a || p == b);
-                if ((bAtEnd || isInside(p, from, b)) && isStarCenter(p)) return newHub(p);
+                if (isInside(p, from, b) && becomesStar(p)) return newHub(p);
             }
         }
     }
@@ -284,6 +309,60 @@ bool KnifeCutter::isStarCenter(const Point2& p) const
         }
     }
     return true;
+}
+
+/// The same; if wanted, with the zone widened across edges that p lies on or beyond, though the knife doesn't cross them.
+/// They must be near, and as high there as the crossed edge: then they may be split at p, too.
+bool KnifeCutter::becomesStar(const Point2& p)
+{
+    if (isStarCenter(p)) return true;
+    if (!bWiden) return false;
+    constexpr std::size_t maxWidening = 64;
+    const std::vector<Crossed> vCrossedBefore(vCrossed);
+    const std::vector<Triangle2*> vZoneBefore(vZone);
+    for (std::size_t i = 0; i < maxWidening && widen(p); ++i) {
+        if (isStarCenter(p)) return true;
+    }
+    vCrossed = vCrossedBefore;
+    vZone = vZoneBefore;
+    return false;
+}
+
+/// Takes in the triangle behind one edge of the zone that p isn't inside of. False when that can't be.
+bool KnifeCutter::widen(const Point2& p)
+{
+    for (const Triangle2* pT : vZone) {
+        for (int i = 0; i < 3; ++i) {
+            Point2* const p0 = pT->corner(L::next(i));
+            Point2* const p1 = pT->corner(L::prev(i));
+            if (p0 == &p || p1 == &p || isCrossed(p0, p1)) continue;
+            if (orbiTest.orientationInRange(p0, p1, &p) == ORIENTATION2_CCW) continue;
+            Triangle2* const pOuter = pT->neighbor(i);
+            if (pOuter == nullptr || !isInRange2D(p, *p0, *p1) || !isWithin(p, *p0, *p1, snap)) return false;
+            // A corner that the zone has already would become a vertex inside of it.
+            const Point2* const pFar = pOuter->corner(L::indexOf(pOuter, pT));
+            const auto hasFar = [pFar](const Triangle2* pMember) { return pMember->hasVertex(pFar); };
+            if (std::any_of(vZone.begin(), vZone.end(), hasFar) || !isSameHeight(p, *p0, *p1)) return false;
+            // Hull edges stay first or last.
+            vCrossed.insert(vCrossed.begin() + 1, {p0, p1, false});
+            vZone.push_back(pOuter);
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether an edge is as high at p as the first crossed edge, but for the rounding of p.
+bool KnifeCutter::isSameHeight(const Point2& p, const Point2& p0, const Point2& p1) const
+{
+    const Point2& q0 = *vCrossed.front().p0;
+    const Point2& q1 = *vCrossed.front().p1;
+    const auto slope = [](const Point2& src, const Point2& trg) {
+        return std::fabs(trg.z() - src.z()) / std::hypot(trg.x() - src.x(), trg.y() - src.y());
+    };
+    const double z = heightOnSegment(q0, q1, p.x(), p.y());
+    const double allowed = 4.0 * snap * (slope(p0, p1) + slope(q0, q1)) + 0x1p-48 * std::fabs(z);
+    return std::fabs(heightOnSegment(p0, p1, p.x(), p.y()) - z) <= allowed;
 }
 
 // ---- new vertices ---------------------------------------------------------------------------------------------------
@@ -337,7 +416,7 @@ void KnifeCutter::growHull(Point2* pHub, Crossed& edge)
 bool KnifeCutter::makeStarAt(Point2* pHub)
 {
     if (vCrossed.empty()) return true;
-    if (!isStarCenter(*pHub)) return false;
+    if (!becomesStar(*pHub)) return false;
     makeStar(pHub);
     return true;
 }

@@ -57,12 +57,18 @@ private:
     bool isNear(const Point2& p) const;
 
     Point2* enterAcross(Triangle2* pT, int j);
+    Point2* splitFromInside(const std::vector<Crossed>& vEdges, const std::vector<Triangle2*>& vInner,
+                            const Point2& innermost);
     Point2* passEdges(Triangle2* pT, int ith);
+    Point2* passEdgesAhead(Triangle2* pT, int ith);
     bool crossing(const Crossed& edge, const Point2& from, Point2& p) const;
     Point2* nearEnd(const Crossed& edge, const Point2& at, const Point2& from) const;
     Point2* splitCrossed(const Point2& at, const Point2& from);
     bool isCrossed(const Point2* pA, const Point2* pB) const;
     bool isStarCenter(const Point2& p) const;
+    bool becomesStar(const Point2& p);
+    bool widen(const Point2& p);
+    bool isSameHeight(const Point2& p, const Point2& p0, const Point2& p1) const;
     bool makeStarAt(Point2* pHub);
     void makeStar(Point2* pHub);
     void splitOwner(const Crossed& edge, Point2* pHub);
@@ -89,6 +95,7 @@ private:
     double dx = 0.0, dy = 0.0;
     double snap = 0.0;
     bool bStuck = false;   ///< no double did
+    bool bWiden = false;   ///< edges beside the knife may be split, too
     bool bOutside = false; ///< the hull was left
 };
 

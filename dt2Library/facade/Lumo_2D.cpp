@@ -3,7 +3,9 @@
 #include "core/Stretches.h"
 #include "engine/Dt2.h"
 #include "support/messages.h"
+#include "zones/triangleSets.h"
 
+#include "Edge2.h"
 #include "Segment2.h"
 #include "Visualizer3.h"
 #include "freeFunctions.h"
@@ -346,8 +348,11 @@ Zone2* Lumo_2D::importTriangles(const std::vector<Point2>& vPoints, bool bReorie
                                 bool bCreateExtendedBoundingBox)
 {
     std::vector<Triangle2*> vT;
-    const bool bOK = pImpl->importTriangles(vPoints, bReorientIfNeeded, bCreateExtendedBoundingBox, vT);
-    return bOK ? pImpl->createZone(vT) : nullptr;
+    if (!pImpl->importTriangles(vPoints, bReorientIfNeeded, bCreateExtendedBoundingBox, vT)) return nullptr;
+    // Bounded: a start point to grow from would have to be found in triangles that may be too flat to hold a double.
+    std::vector<Edge2> vBorder;
+    getBorderEdges(*pImpl, vT, vBorder);
+    return pImpl->createZone(vBorder, ZL_BOUNDED);
 }
 
 // ---- settings -------------------------------------------------------------------------------------------------------

@@ -88,7 +88,8 @@ Point2 pointOnCircle(std::size_t i, std::size_t num, const Point2& center, doubl
 bool canHoldCircle(std::size_t num, const Point2& center, double radius)
 {
     const double reach = center.getMaxAbs() + radius;
-    if (!(radius > 0.0) || !std::isfinite(reach) || !std::isfinite(center.z())) return false;
+    const bool bFinite = std::isfinite(reach) && std::isfinite(center.y()) && std::isfinite(center.z());
+    if (!(radius > 0.0) || !bFinite) return false;
     if (num < 2) return true;
     const double chord = 2.0 * radius * std::sin(PI / static_cast<double>(num));
     return chord > std::max(8.0 * EPSILON * reach, 16.0 * std::numeric_limits<double>::denorm_min());

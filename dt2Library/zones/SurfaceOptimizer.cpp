@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace ORBI_LUMO25D
 {
@@ -143,7 +144,63 @@ private:
     }
 };
 
-/// Lawson's local optimisation: flips as long as one pays, from a list of edges that is refilled around each flip.
+/// An edge between two triangles of a set, as that of the triangle in which its first end is the one further left. It knows
+/// its ends, so that a flip that puts another edge in its place is noticed.
+class InnerEdge
+{
+public:
+    InnerEdge(const Dt2& dt2, Triangle2* pT_, int ith_) : pT(pT_), ith(ith_)
+    {
+        if (*pT->corner(L::prev(ith)) < *pT->corner(L::next(ith))) {
+            pT = pT_->neighbor(ith_);
+            ith = L::indexOf(pT, pT_);
+        }
+        pSrc = pT->corner(L::next(ith));
+        pTrg = pT->corner(L::prev(ith));
+        curveIndex = dt2.hilbertCurve.getIndex(*pSrc);
+    }
+
+    bool isStale() const { return pT->corner(L::next(ith)) != pSrc || pT->corner(L::prev(ith)) != pTrg; }
+    bool operator==(const InnerEdge& other) const { return pSrc == other.pSrc && pTrg == other.pTrg; }
+    /// By place, along the curve.
+    bool operator<(const InnerEdge& other) const
+    {
+        if (curveIndex != other.curveIndex) return curveIndex < other.curveIndex;
+        return pSrc != other.pSrc ? *pSrc < *other.pSrc : *pTrg < *other.pTrg;
+    }
+
+    Triangle2* pT;
+    int ith;
+
+private:
+    const Point2* pSrc;
+    const Point2* pTrg;
+    std::uint32_t curveIndex;
+};
+
+/// Sets of triangles come in the order of their addresses, which differs from run to run; what the order decides must not.
+void sortByPlace(std::vector<InnerEdge>& vEdges)
+{
+    std::sort(vEdges.begin(), vEdges.end());
+    vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
+}
+
+/// The edges with a triangle of the set on both sides, each once, by place.
+std::vector<InnerEdge> innerEdges(const Dt2& dt2, const std::vector<Triangle2*>& vT, const PoolMarks<Triangle2>& marks)
+{
+    std::vector<InnerEdge> vEdges;
+    for (Triangle2* pT : vT) {
+        for (int i = 0; i < 3; ++i) {
+            const Triangle2* const pN = pT->neighbor(i);
+            const bool bOnce = *pT->corner(L::next(i)) < *pT->corner(L::prev(i));
+            if (bOnce && pN != nullptr && marks[pN] != 0) vEdges.emplace_back(dt2, pT, i);
+        }
+    }
+    sortByPlace(vEdges);
+    return vEdges;
+}
+
+/// Lawson's local optimisation: flips as long as one pays, in rounds over the edges around the flips of the last one.
 class EdgeFlipper
 {
 public:
@@ -153,47 +210,37 @@ public:
         for (Triangle2* pT : vT) {
             marks.set(pT, 1);
         }
-        for (Triangle2* pT : vT) {
-            for (int i = 0; i < 3; ++i) {
-                if (isInner(pT, i) && *pT->corner(L::next(i)) < *pT->corner(L::prev(i))) vWork.push_back({pT, i});
-            }
-        }
+        vWork = innerEdges(dt2, vT, marks);
     }
 
     void run(const char* name, Progress& progress)
     {
         progress.start(name, vWork.size());
         while (!vWork.empty()) {
-            std::vector<EdgeRef> vRound;
+            std::vector<InnerEdge> vRound;
             vRound.swap(vWork);
-            for (const EdgeRef& edge : vRound) {
+            for (const InnerEdge& edge : vRound) {
                 progress.step(1);
-                if (pays(edge)) flip(edge);
+                // What isn't there any more was looked at again when its quadrilateral was flipped.
+                if (!edge.isStale() && pays(edge)) flip(edge);
             }
+            sortByPlace(vWork);
             progress.addToTotal(vWork.size());
         }
         progress.finish();
     }
 
 private:
-    struct EdgeRef
-    {
-        Triangle2* pT;
-        int ith;
-    };
     /// Below, the sum of angles would be rounding: with it, each flip takes a part of a sum that is finite.
     static constexpr double minGain = 1e-9;
 
-    bool isInner(const Triangle2* pT, int i) const { return pT->neighbor(i) != nullptr && marks[pT->neighbor(i)] != 0; }
-
-    bool pays(const EdgeRef& edge) const
+    bool pays(const InnerEdge& edge) const
     {
-        if (!isInner(edge.pT, edge.ith)) return false;
         const Quad quad(edge.pT, edge.ith);
         return gainOfFlip(quad) > minGain && dt2.canBeFlipped(edge.pT, edge.ith) && limits.allow(quad);
     }
 
-    void flip(const EdgeRef& edge)
+    void flip(const InnerEdge& edge)
     {
         Triangle2* const pT = edge.pT;
         Triangle2* const pN = pT->neighbor(edge.ith);
@@ -202,19 +249,21 @@ private:
         for (Triangle2* pNear : {pT, pN}) {
             for (int i = 0; i < 3; ++i) {
                 Triangle2* const pFar = pNear->neighbor(i);
-                if (pFar == nullptr || marks[pFar] == 0) continue;
-                vWork.push_back({pNear, i});
+                if (!isMember(pFar)) continue;
+                vWork.emplace_back(dt2, pNear, i);
                 for (int j = 0; j < 3; ++j) {
-                    if (pFar->neighbor(j) != pNear) vWork.push_back({pFar, j});
+                    if (pFar->neighbor(j) != pNear && isMember(pFar->neighbor(j))) vWork.emplace_back(dt2, pFar, j);
                 }
             }
         }
     }
 
+    bool isMember(const Triangle2* pT) const { return pT != nullptr && marks[pT] != 0; }
+
     Dt2& dt2;
     const FlipLimits limits;
     PoolMarks<Triangle2> marks;
-    std::vector<EdgeRef> vWork;
+    std::vector<InnerEdge> vWork;
 };
 
 } // namespace
@@ -357,17 +406,14 @@ void unifyGrid(Dt2& dt2, const std::vector<Triangle2*>& vT, double tolerance, Pr
     for (const Triangle2* pT : vClean) {
         marks.set(pT, 1);
     }
-    progress.start("unifyGrid()", vClean.size());
-    for (Triangle2* pT : vClean) {
+    const std::vector<InnerEdge> vEdges = innerEdges(dt2, vClean, marks);
+    progress.start("unifyGrid()", vEdges.size());
+    for (const InnerEdge& edge : vEdges) {
         progress.step(1);
-        for (int i = 0; i < 3; ++i) {
-            const Triangle2* const pN = pT->neighbor(i);
-            if (pN == nullptr || marks[pN] == 0) continue;
-            const Quad quad(pT, i);
-            if (!isCell(quad, tolerance) || !isOtherDiagonalWanted(quad) || !dt2.canBeFlipped(pT, i)) continue;
-            dt2.flip(pT, i);
-            break; // the triangle's cell is done
-        }
+        if (edge.isStale()) continue; // of a cell that is done
+        const Quad quad(edge.pT, edge.ith);
+        if (!isCell(quad, tolerance) || !isOtherDiagonalWanted(quad)) continue;
+        if (dt2.canBeFlipped(edge.pT, edge.ith)) dt2.flip(edge.pT, edge.ith);
     }
     progress.finish();
 }

@@ -99,17 +99,6 @@ void getCorners(const Dt2& dt2, const std::vector<Triangle2*>& vT, std::vector<P
 namespace
 {
 
-/// Twice the area in the plane of a thin triangle.
-double preciseArea(const Point2& a, const Point2& b, const Point2& c)
-{
-    const DoubleWithRest bx = exactSum(b.x(), -a.x()), by = exactSum(b.y(), -a.y());
-    const DoubleWithRest cx = exactSum(c.x(), -a.x()), cy = exactSum(c.y(), -a.y());
-    const DoubleWithRest l = exactProduct(bx.hi, cy.hi), r = exactProduct(by.hi, cx.hi);
-    const DoubleWithRest d = exactSum(l.hi, -r.hi);
-    const double rests = (bx.hi * cy.lo + bx.lo * cy.hi) - (by.hi * cx.lo + by.lo * cx.hi) + (l.lo - r.lo);
-    return d.hi + (d.lo + rests);
-}
-
 /// Twice the area in the plane. Heron's formula won't do: of a needle it keeps but half of the digits.
 double doubledArea2D(const Triangle2& t)
 {
@@ -119,7 +108,7 @@ double doubledArea2D(const Triangle2& t)
     const double area = l - r;
     // Each product is off by three roundings at most.
     if (area >= (std::fabs(l) + std::fabs(r)) * 0x1p-7) return area;
-    const double precise = preciseArea(a, b, c);
+    const double precise = preciseDoubledArea(a, b, c);
     return std::isfinite(precise) ? std::max(precise, 0.0) : area;
 }
 

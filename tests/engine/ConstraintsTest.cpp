@@ -51,14 +51,18 @@ TEST(Constraints, segmentsOfTheCorpusAreLostOrStrayOrDontEnd)
     lumo_test::CoutCapture out;
     auto vEntries = oracles::corpus(700);
     addCrowds(vEntries);
+    int number = 0; // of the five variants of an entry, one or two are made conforming
     for (const auto& entry : vEntries) {
         if (entry.vSegments.empty()) continue;
         const oracles::FailureKeeper keeper(entry);
         const bool bCrowd = entry.vPoints.size() == 1;
         Segments vReversed(entry.vSegments.rbegin(), entry.vSegments.rend());
         for (Segment2& s : vReversed) s.swapSrcTrg();
+        const bool bVariant = entry.name.find('+') != std::string::npos;
+        ++number;
         for (const auto cis : {CIS_CONSTRAINED_DELAUNAY, CIS_CONFORMING_DELAUNAY_SEGMENT_LEVEL}) {
-            if (bCrowd && cis != CIS_CONSTRAINED_DELAUNAY) continue;
+            const bool bConforming = cis != CIS_CONSTRAINED_DELAUNAY;
+            if (bConforming ? bCrowd || (bVariant && number % 4 != 0) : bVariant && number % 4 == 0) continue;
             Lumo_2D lumo;
             auto* const pGraph = lumo.createConstraint(entry.vSegments, cis); // at first without area, as a rule
             lumo.insert(entry.vPoints);
@@ -68,9 +72,9 @@ TEST(Constraints, segmentsOfTheCorpusAreLostOrStrayOrDontEnd)
             auto* const pSame = lumo.createConstraint(vReversed, CIS_CONSTRAINED_DELAUNAY);
             lumo.getAliveConstraintSegments(vAfter);
             EXPECT_EQ(vBefore, vAfter) << "the same segments once more, reversed, aren't shared";
-            EXPECT_EQ(constraintFault(lumo, {{pGraph, entry.vSegments}, {pSame, vReversed}}, bCrowd ? 3.0 : 1.0,
-                                      cis != CIS_CONSTRAINED_DELAUNAY),
-                      "");
+            EXPECT_EQ(
+                constraintFault(lumo, {{pGraph, entry.vSegments}, {pSame, vReversed}}, bCrowd ? 3.0 : 1.0, bConforming),
+                "");
         }
     }
     EXPECT_EQ(out.take().find("insufficient numeric"), std::string::npos);
@@ -114,7 +118,7 @@ TEST(Constraints, aListenerThatThrowsLeavesSomethingHalfDead)
     Segments vSegments;
     for (std::size_t i = 0; i < 120; i += 2) vSegments.emplace_back(vPoints[i], vPoints[i + 1]);
     bool bThrown = true;
-    for (int n = 0; bThrown; n += 7) {
+    for (int n = 0; bThrown; n += 23) {
         Lumo_2D lumo;
         lumo.createConstraint({vSegments[0]}, CIS_CONSTRAINED_DELAUNAY); // waits while the bulk comes
         Thrower thrower(n);

@@ -66,7 +66,7 @@ std::vector<Point2> randomTriangles(oracles::Dice& dice, bool bGrid)
 
 TEST(ImportTriangles, AreExactlyThoseInAValidMesh)
 {
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 120; ++round) {
         SCOPED_TRACE(round);
         oracles::Dice dice(2024 + static_cast<std::uint64_t>(round));
         std::vector<Point2> vPoints = randomTriangles(dice, round % 2 == 0);
@@ -90,11 +90,7 @@ TEST(ImportTriangles, AreExactlyThoseInAValidMesh)
         const std::set<Corners> expected = trianglesOf(vPoints), all = trianglesOf(vInMesh),
                                 zone = trianglesOf(vInZone);
         EXPECT_TRUE(std::includes(all.begin(), all.end(), expected.begin(), expected.end()));
-        // A triangle without a double inside of it is the one that a zone can't hold.
-        EXPECT_TRUE(std::includes(expected.begin(), expected.end(), zone.begin(), zone.end()));
-        if (round % 2 == 1) {
-            EXPECT_EQ(zone, expected);
-        }
+        EXPECT_EQ(zone, expected) << "also those that have no double inside";
         turned.insert(Point2(3.3, 3.1, 0.0));
         EXPECT_TRUE(turned.checkValidity(true, "afterwards"));
     }

@@ -35,8 +35,9 @@ class Subject
 public:
     explicit Subject(const Points& vPoints_) : vPoints(vPoints_), twin(insert(lumo, vPoints_, vT)) {}
 
-    void expectLocated(const Point2& p);
-    void expectHeight(const Point2& p, Triangle2* pApproxT);
+    /// vAt: the triangles that hold p.
+    void expectLocated(const Point2& p, const std::vector<Triangle2*>& vAt);
+    void expectHeight(const Point2& p, Triangle2* pApproxT, const std::vector<Triangle2*>& vAt);
     void expectNearbyHeight(const Point2& p);
     void expectCut(const Point2& src, const Point2& trg);
     double roundingReach(const mpq_class& x, const mpq_class& y) const;
@@ -61,39 +62,24 @@ private:
     }
 };
 
-void Subject::expectLocated(const Point2& p)
+void Subject::expectLocated(const Point2& p, const std::vector<Triangle2*>& vAt)
 {
     Triangle2* const pT = lumo.locate(p);
-    const std::vector<Triangle2*> vAt = twin.trianglesAt(p);
     ASSERT_EQ(pT == nullptr, vAt.empty()) << p;
     ASSERT_TRUE(pT == nullptr || std::find(vAt.begin(), vAt.end(), pT) != vAt.end()) << p << " isn't in " << *pT;
 }
 
-/// A bound of the error of interpolation in doubles on the triangle's plane: of both determinants, over the area. None
-/// where the slope or the sizes are such that the exact way has to be taken, but for one rounding.
-double heightTolerance(const Triangle2& t, const Point2& p)
+/// A bound of the error of interpolation.
+double heightTolerance(const Triangle2& t)
 {
-    const Point2& o = *t.corner(0);
-    const double bx = t.corner(1)->x() - o.x(), by = t.corner(1)->y() - o.y(), bz = t.corner(1)->z() - o.z();
-    const double cx = t.corner(2)->x() - o.x(), cy = t.corner(2)->y() - o.y(), cz = t.corner(2)->z() - o.z();
-    const double px = p.x() - o.x(), py = p.y() - o.y();
-    const double area = std::fabs(bx * cy - by * cx);
-    const double zSize = std::max({std::fabs(o.z()), std::fabs(t.corner(1)->z()), std::fabs(t.corner(2)->z())});
-    const double rounding = 4e-16 * zSize;
-    const double normalXY = std::hypot(by * cz - bz * cy, bz * cx - bx * cz);
-    const bool bSteep = std::atan2(normalXY, area) * 180.0 / 3.14159265358979 > 89.95;
-    if (bSteep || !(area > 1e-290 && area < 1e290)) return rounding;
-    const double spread = std::fabs(bx * cy) + std::fabs(by * cx);
-    const double s = std::fabs(px * cy) + std::fabs(py * cx) + spread;
-    const double t1 = std::fabs(px * by) + std::fabs(py * bx) + spread;
-    return rounding + 2e-15 * (s * std::fabs(bz) + t1 * std::fabs(cz)) / area;
+    const auto [low, high] = std::minmax({t.corner(0)->z(), t.corner(1)->z(), t.corner(2)->z()});
+    return 4e-16 * std::max(std::fabs(low), std::fabs(high)) + 0x1p-43 * (high - low);
 }
 
-void Subject::expectHeight(const Point2& p, Triangle2* pApproxT)
+void Subject::expectHeight(const Point2& p, Triangle2* pApproxT, const std::vector<Triangle2*>& vAt)
 {
     double height = untouched;
     const bool bFound = lumo.getHeight(p.x(), p.y(), height, pApproxT);
-    const std::vector<Triangle2*> vAt = twin.trianglesAt(p);
     ASSERT_EQ(bFound, !vAt.empty()) << p;
     if (!bFound) {
         ASSERT_EQ(height, untouched);
@@ -102,7 +88,7 @@ void Subject::expectHeight(const Point2& p, Triangle2* pApproxT)
     double tolerance = 0.0;
     bool bInRange = false;
     for (const Triangle2* pT : vAt) {
-        tolerance = std::max(tolerance, heightTolerance(*pT, p));
+        tolerance = std::max(tolerance, heightTolerance(*pT));
         const auto [low, high] = std::minmax({pT->corner(0)->z(), pT->corner(1)->z(), pT->corner(2)->z()});
         bInRange = bInRange || (height >= low && height <= high); // so that flat triangles are exact
         for (int i = 0; i < 3; ++i) {
@@ -213,10 +199,11 @@ void Subject::expectTopology(Dice& dice) const
 
 void Subject::expectAll(const Point2& p, Dice& dice)
 {
-    expectLocated(p);
-    expectHeight(p, nullptr);
-    expectHeight(p, dice.of(vT));
-    if (!twin.trianglesAt(p).empty()) return;
+    const std::vector<Triangle2*> vAt = twin.trianglesAt(p);
+    expectLocated(p, vAt);
+    expectHeight(p, nullptr, vAt);
+    expectHeight(p, dice.of(vT), vAt);
+    if (!vAt.empty()) return;
     expectNearbyHeight(p);
     const Point2& a = dice.of(vPoints);
     const Point2& b = dice.of(vPoints);
@@ -261,7 +248,8 @@ TEST(Queries, answersDifferFromNaiveTwinsOnTheCorpus)
         Dice dice(++seed);
         SCOPED_TRACE("seed " + std::to_string(seed));
         subject.expectTopology(dice);
-        for (const Point2& p : positionsFor(subject, dice, 2)) {
+        const bool bVariant = entry.name.find('+') != std::string::npos; // of which there are four
+        for (const Point2& p : positionsFor(subject, dice, bVariant ? 1 : 2)) {
             subject.expectAll(p, dice);
             if (HasFatalFailure()) return;
         }
@@ -270,7 +258,7 @@ TEST(Queries, answersDifferFromNaiveTwinsOnTheCorpus)
 
 TEST(Queries, answersDifferFromNaiveTwinsOnSmallGridsFullOfDegeneracies)
 {
-    for (std::uint64_t seed = 1; seed <= 1500; ++seed) {
+    for (std::uint64_t seed = 1; seed <= 600; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Dice dice(seed);
         const int size = 3 + dice.below(4);
@@ -300,11 +288,14 @@ TEST(Queries, positionsThatAreNoNumbersOrWithoutAreaGiveNothingAndChangeNothing)
     area.insert({{0, 0, 1}, {4, 0, 1}, {4, 4, 1}, {0, 4, 1}});
     for (Lumo_2D* pLumo : {&empty, &line, &area}) {
         for (const Point2& p : Points{{nan, 1, 0}, {1, nan, 0}, {inf, 1, 0}, {1, -inf, 0}, {1, 1, nan}}) {
+            bool bOK = false;
             double height = untouched;
-            const bool bInside = pLumo == &area && std::isfinite(p.getMaxAbs()) && p.x() == 1.0 && p.y() == 1.0;
+            const bool bInside = pLumo == &area && p.x() == 1.0 && p.y() == 1.0;
             EXPECT_EQ(pLumo->locate(p) != nullptr, bInside);
             EXPECT_EQ(pLumo->getHeight(p.x(), p.y(), height, nullptr, inf), bInside);
             EXPECT_EQ(height, bInside ? 1.0 : untouched);
+            pLumo->getImpl()->cutLineAtCH({-9, -9, 0}, p, bOK);
+            EXPECT_EQ(bOK, bInside);
         }
         EXPECT_TRUE(pLumo->checkValidity(true, "after queries"));
     }
@@ -321,6 +312,26 @@ TEST(Queries, positionsThatAreNoNumbersOrWithoutAreaGiveNothingAndChangeNothing)
     EXPECT_THROW(line.getAdjacentTriangle(vWaiting[0], vWaiting[1]), LumoException);
 }
 
+TEST(Queries, heightInANeedleIsAsCoarseAsItsCoordinates)
+{
+    // Half a millimetre high at survey coordinates, 30 m rise across: plain products leave four digits of the area.
+    const Point2 a(5412345.125, 6543210.25, 0), b(5412845.375, 6543710.5, 10), c(5412595.25, 6543460.3755, 30);
+    Lumo_2D lumo;
+    lumo.insert({a, b, c});
+    Dice dice(3);
+    int numInside = 0;
+    for (int i = 0; i < 200; ++i) {
+        const double u = dice.real(), v = dice.real() * (1.0 - u);
+        const double x = a.x() + u * (b.x() - a.x()) + v * (c.x() - a.x());
+        const double y = a.y() + u * (b.y() - a.y()) + v * (c.y() - a.y());
+        double height = untouched;
+        if (!lumo.getHeight(x, y, height)) continue;
+        ++numInside;
+        EXPECT_NEAR(height, OrbiTest::getPlaneHeightExact(&a, &b, &c, x, y), 1e-11);
+    }
+    EXPECT_GT(numInside, 150);
+}
+
 TEST(Queries, aWalkOfThousandsOfStepsLosesItsWay)
 {
     // Two long rows of points: every walk from end to end crosses all of the strip.
@@ -333,7 +344,10 @@ TEST(Queries, aWalkOfThousandsOfStepsLosesItsWay)
     for (const double start : {0.5, 3999.2}) {
         Triangle2* const pStart = subject.lumo.locate(Point2(start, 0.0003, 0.0));
         for (const double y : {0.0005, 0.0, 0.002}) {
-            for (const double x : {0.25, 1999.9, 3999.2}) subject.expectHeight(Point2(x, y, 0.0), pStart);
+            for (const double x : {0.25, 1999.9, 3999.2}) {
+                const Point2 p(x, y, 0.0);
+                subject.expectHeight(p, pStart, subject.twin.trianglesAt(p));
+            }
         }
     }
 }

@@ -111,7 +111,7 @@ std::string shrunkReport(const OperationSequence& failing, const std::string& na
 /// The seeds to run: fixed ones, or "first-last" from the environment, to repeat a report or to search further.
 std::pair<std::uint64_t, std::uint64_t> seedRange()
 {
-    unsigned long first = 1, last = 500;
+    unsigned long first = 1, last = 150;
     const char* const pText = std::getenv("LUMO25D_TEST_SEEDS");
     if (pText != nullptr && std::sscanf(pText, "%lu-%lu", &first, &last) != 2)
         throw std::runtime_error("LUMO25D_TEST_SEEDS isn't of the form first-last");
@@ -145,7 +145,6 @@ TEST(Sequences, aSequenceThatOnceFailedFailsAgain)
 /// A fault planted beside the triangulation: it shows when (1, 2) is removed while (3, 0) has come before.
 bool plantedFault(const OperationSequence& sequence)
 {
-    if (!oracles::runSequence(sequence).empty()) return true;
     std::set<std::pair<double, double>> sPlaces;
     for (const Operation& op : sequence) {
         for (const Point2& p : op.vPoints) {

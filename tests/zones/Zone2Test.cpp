@@ -8,6 +8,7 @@
 
 #include "AcceptExperimentalFeature.h"
 #include "Color.h"
+#include "ConstraintGraph2.h"
 #include "LumoException.h"
 #include "Lumo_2D.h"
 #include "UserPredicateT.h"
@@ -199,7 +200,7 @@ void edit(Lumo_2D& lumo, Dice& dice)
 TEST(Zone2, TriangleIsInTheWrongZoneAfterEdits)
 {
     lumo_test::CoutCapture quiet;
-    for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Dice dice(seed);
         Lumo_2D pattern, lumo;
@@ -238,7 +239,7 @@ TEST(Zone2, TriangleIsInTheWrongZoneAfterEdits)
             vZones.emplace_back(lumo.getImpl()->createZone(vGraphs, ZL_OUTSIDE),
                                 [](bool a_, bool b_) { return !a_ && !b_; });
         }
-        for (int round = 0; round < 6 && !HasFailure(); ++round) {
+        for (int round = 0; round < 4 && !HasFailure(); ++round) {
             const std::vector<Known> vKnown = classify(lumo, a, b);
             for (std::size_t i = 0; i < vZones.size(); ++i) {
                 SCOPED_TRACE("zone " + std::to_string(i) + " round " + std::to_string(round));
@@ -367,6 +368,12 @@ TEST(Zone2, SetOfTrianglesIsPeeledOrSplitWrongly)
         vT.resize(vT.size() * (1 + seed % 3) / 3);
         Zone2* const pZone = lumo.createZone(vT);
         const std::set<Triangle2*> sT(vT.begin(), vT.end());
+        // Triangles come by address: what is made of them must not depend on their order.
+        std::vector<ConstraintSegment2*> vOriginal, vAgain;
+        pZone->getConstraintGraph()->getOriginalConstraintSegments(vOriginal);
+        dice.shuffle(vT);
+        lumo.createZone(vT)->getConstraintGraph()->getOriginalConstraintSegments(vAgain);
+        EXPECT_EQ(vOriginal, vAgain);
 
         std::vector<Triangles> vvT;
         getConnectedComponents(*lumo.getImpl(), vT, vvT);
