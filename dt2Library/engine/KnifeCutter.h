@@ -23,7 +23,8 @@ class Triangle2;
 /// - Crossings are computed on the whole knife. A new vertex is within snapDistance() (four units in the last place of the
 ///   largest coordinate) of the crossing; where the nearest doubles would turn a triangle over, a farther one is taken.
 /// - A vertex within snapDistance() of a knife counts as on it, and no crossing is made that close to a vertex.
-/// - Where edges lie so close that no double fits between them, all of them are split at one vertex.
+/// - Where edges lie so close that no double fits between them, all of them are split at one vertex; if need be, also edges
+///   beside the knife that are as high there, and a vertex within twice that distance is taken.
 /// - A new vertex on the hull lies on or outside of the edge that it splits.
 /// So the height at a place changes by no more than moving the place by a few snapDistance() does.
 ///
