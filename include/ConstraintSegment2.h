@@ -81,9 +81,11 @@ public:
     bool operator<(const ConstraintSegment2& other) const;
 
 private:
+    friend class ConcentricShells;
     friend class ConstraintGraph2;
     friend class ConstraintMgr;
     friend class ConstraintInserter;
+    friend class RefinementLimits;
     friend LUMO25D_API std::ostream& operator<<(std::ostream& stream, const ConstraintSegment2& segment);
 
     /// A graph that holds the segment, and which way it runs along it. The first is kept in the segment itself, because

@@ -265,7 +265,8 @@ bool ConstraintSegment2::splitAndRemovePrev(const Point2& splitPoint)
     Point2* const pSplit = insertAndSplit(splitPoint);
     if (pSplit == nullptr) return false;
     Dt2* const pDt = owner.pGraph->pDt;
-    pDt->innerVtxMgr.removePreviouslyInsertedVertices(*pDt, pSplit, squaredLength(p0, pSplit));
+    std::vector<Triangle2*> vArisen;
+    pDt->innerVtxMgr.removePreviouslyInsertedVertices(*pDt, pSplit, squaredLength(p0, pSplit), vArisen);
     return true;
 }
 

@@ -1,52 +1,69 @@
 #include "core/InnerVtxMgr.h"
 
 #include "engine/Dt2.h"
-#include "support/check.h"
 
-#include "Point2.h"
-
-#include <cmath>
-#include <vector>
+#include "TriangleAroundVertexIterator.h"
 
 namespace ORBI_LUMO25D
 {
 
-void InnerVtxMgr::add(Point2* pVtx)
+void InnerVtxMgr::add(const Point2* pVtx)
 {
-    if (sInsertedInnerPoints.insert(pVtx).second) mmX2Vtx.emplace(pVtx->x(), pVtx);
+    const std::size_t number = pool.indexOf(pVtx);
+    if (number >= vMarks.size()) vMarks.resize(number + number / 4 + 64, 0);
+    if ((vMarks[number] & running) == 0) vRunning.push_back(number);
+    vMarks[number] |= running;
 }
 
-void InnerVtxMgr::forget(Point2* pVtx)
+void InnerVtxMgr::forget(const Point2* pVtx)
 {
-    if (sInsertedInnerPoints.erase(pVtx) == 0) return;
-    for (auto it = mmX2Vtx.lower_bound(pVtx->x()); it != mmX2Vtx.end(); ++it) {
-        if (it->second != pVtx) continue;
-        mmX2Vtx.erase(it);
-        return;
-    }
+    const std::size_t number = pool.indexOf(pVtx);
+    if (number < vMarks.size()) vMarks[number] = 0;
 }
 
 void InnerVtxMgr::clear()
 {
-    sInsertedInnerPoints.clear();
-    mmX2Vtx.clear();
+    for (const std::size_t number : vRunning) {
+        if (vMarks[number] == running) vMarks[number] = earlier;
+    }
+    vRunning.clear();
 }
 
-void InnerVtxMgr::removePreviouslyInsertedVertices(Dt2& dt2, const Point2* pCenter, double sqRadius)
+/// Notes a vertex that is met for the first time, unless it is outside.
+void InnerVtxMgr::collectWithin(const Point2& center, double sqRadius, Point2* pVtx)
 {
-    const double r = std::sqrt(sqRadius);
-    std::vector<Point2*> vInside;
-    const auto itEnd = mmX2Vtx.upper_bound(pCenter->x() + r);
-    for (auto it = mmX2Vtx.lower_bound(pCenter->x() - r); it != itEnd; ++it) {
-        const double dx = it->second->x() - pCenter->x();
-        const double dy = it->second->y() - pCenter->y();
-        if (dx * dx + dy * dy < sqRadius) vInside.push_back(it->second);
+    const double dx = pVtx->x() - center.x();
+    const double dy = pVtx->y() - center.y();
+    if (!(dx * dx + dy * dy < sqRadius) || !sVisited.insert(pVtx).second) return;
+    vWork.push_back(pVtx);
+    if (isFree(pVtx)) vInside.push_back(pVtx);
+}
+
+const std::vector<Point2*>& InnerVtxMgr::removePreviouslyInsertedVertices(Dt2& dt2, Point2* pCenter, double sqRadius,
+                                                                          std::vector<Triangle2*>& vArisen)
+{
+    vInside.clear();
+    sVisited.clear();
+    sVisited.insert(pCenter);
+    vWork.assign(1, pCenter);
+    while (!vWork.empty()) {
+        TriangleAroundVertexIterator it(vWork.back());
+        const TriangleAroundVertexIterator itStart(it);
+        vWork.pop_back();
+        do {
+            if (const Triangle2* const pT = *it) {
+                for (int i = 0; i < 3; ++i) {
+                    collectWithin(*pCenter, sqRadius, pT->corner(i));
+                }
+            }
+            ++it;
+        } while (it != itStart);
     }
     for (Point2* pVtx : vInside) {
-        LUMO_CHECK(sInsertedInnerPoints.count(pVtx) == 1, "q_it!=sInsertedInnerPoints.end()");
         forget(pVtx);
-        if (!dt2.isConstraint(pVtx)) dt2.remove(pVtx);
+        if (!dt2.isConstraint(pVtx)) dt2.removeFreeVertex(pVtx, vArisen);
     }
+    return vInside;
 }
 
 } // namespace ORBI_LUMO25D

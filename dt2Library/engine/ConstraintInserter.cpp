@@ -51,9 +51,19 @@ void ConstraintInserter::endRun()
 bool ConstraintInserter::establish(ConstraintSegment2* pCSeg)
 {
     LUMO_CHECK(pCSeg->isAlive(), "pInitialCSeg->isAlive()");
-    // Every vertex and every other segment may be in the way once, and each split leaves two parts.
-    numStepsLeft = 10000 + 4 * (dt2.vertexVault.numActive() + manager.numSegments());
+    allowSteps();
     vWork.assign(1, pCSeg);
+    return workOff();
+}
+
+/// Every vertex and every other segment may be in the way once, and each split leaves two parts.
+void ConstraintInserter::allowSteps()
+{
+    numStepsLeft = 10000 + 4 * (dt2.vertexVault.numActive() + manager.numSegments());
+}
+
+bool ConstraintInserter::workOff()
+{
     while (!vWork.empty()) {
         ConstraintSegment2* const pPart = vWork.back();
         vWork.pop_back();
@@ -220,6 +230,14 @@ Point2* ConstraintInserter::insertOnEdge(ConstraintSegment2* pOnEdge, Constraint
         return nullptr;
     }
     pushParts(pOnEdge);
+    return pNew;
+}
+
+Point2* ConstraintInserter::splitStanding(ConstraintSegment2* pCSeg, const Point2& p, Triangle2* pT, int ith)
+{
+    allowSteps();
+    Point2* const pNew = insertOnEdge(pCSeg, nullptr, p, pT, ith);
+    workOff();
     return pNew;
 }
 

@@ -55,6 +55,9 @@ public:
     /// Makes an alive segment, or the alive segments that it is split into, stand; those with a conforming strategy as
     /// Delaunay edges. False when a bound on the steps was met; the mesh is valid, and what does not stand stays alive.
     bool establish(ConstraintSegment2* pCSeg);
+    /// Splits a segment that stands, opposite corner ith of pT, at a point that lies on it but for rounding, and makes the
+    /// parts stand. Returns the vertex; null when there is none inside the segment, which then stands as it did.
+    Point2* splitStanding(ConstraintSegment2* pCSeg, const Point2& p, Triangle2* pT, int ith);
     /// Flips until the neighbourhood of an edge that is no constraint any more is Delaunay. Nothing without the edge.
     void repairReleasedEdge(Point2* pA, Point2* pB);
 
@@ -131,6 +134,8 @@ private:
     };
 
     // ---- one segment ----
+    void allowSteps();
+    bool workOff();
     static bool isConforming(const ConstraintSegment2* pCSeg);
     bool establishAsEdge(ConstraintSegment2* pCSeg);
     void pushParts(ConstraintSegment2* pCSeg);

@@ -33,7 +33,9 @@ class ConstraintInserter;
 class ConstraintMgr;
 class Edge2;
 class LumoExport;
+class MeshGenParams;
 class ObjWriter;
+class Refinement;
 class Segment2;
 class Visualizer2;
 class Visualizer3;
@@ -96,6 +98,10 @@ public:
     /// Repairs around an existing vertex whose star came about without the empty-circle property.
     void bfsFlipIncident(Point2* pVtx);
 
+    /// Puts a vertex that is known to nobody yet into a triangle, or on its inner edge if that isn't -1, and repairs the
+    /// Delaunay property. It is corner 0 of all triangles around it then.
+    void insertAt(Point2* pVtx, Triangle2* pT, int edge);
+
     // Mesh operations
 
     /// n blank slots in a row for a worker; thread-safe. Each must be constructed, or go back by handBackTriangles().
@@ -137,7 +143,9 @@ public:
     /// Height of the surface at (x, y). pApproxT (may be null) is where the search begins. Outside the hull, a positive
     /// tolerance allows the height of the hull edge beneath, if it is no farther away than that. False without a height.
     bool getHeight(double x, double y, double& height, Triangle2* pApproxT, double tolerance);
-    /// The same for a position outside the hull.
+    /// The height of a triangle at a position in it.
+    static double heightOn(const Triangle2& t, double x, double y);
+    /// The height at a position outside the hull.
     bool getNearbyHeight(double x, double y, double& height, double tolerance);
     /// The triangle with the edge from p0 to p1 on its counterclockwise way; null when there is none.
     Triangle2* getAdjacentTriangle(Point2* p0, Point2* p1) const;
@@ -156,6 +164,9 @@ public:
     /// Takes a vertex out and restores the empty circles; the last vertices leave a triangulation without area. NULL, and
     /// a pointer that is no vertex in use, get a warning, and nothing changes. O(k log k) for a vertex of degree k.
     void remove(Point2* pVtx);
+    /// Takes a free vertex inside out and appends the triangles that fill its place. While a refinement runs, the vault
+    /// doesn't know of it.
+    void removeFreeVertex(Point2* pVtx, std::vector<Triangle2*>& vArisen);
     /// Takes a vertex on the hull out. With bUpdateVault false the vault does not hear of it: for the fake box.
     void removeHullVertex(Point2* pVtx, bool bUpdateVault);
 
@@ -247,6 +258,14 @@ public:
     /// writes the constraints into binary files. See ZoneQuality.
     bool checkZoneQuality(Zone2* pZone, double minAngle, const char* zoneName);
 
+    // ==== Dt2_meshing.cpp: quality meshes ===========================================================================
+
+    /// See Lumo_2D::refine().
+    void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                bool bAllowConstraintSplitting);
+    /// The parameters must be given.
+    void refineAdvanced(MeshGenParams* pParams);
+
     // ==== Dt2_output.cpp: pictures, arrays, files ==================================================================
 
     /// Adds every edge once; without area, the waiting points.
@@ -291,12 +310,14 @@ public:
     std::vector<std::unique_ptr<Zone2>> vZones; ///< in the order in which they were made
     bool bCutMode = false; ///< set during a knife cut: insertion does not repair the Delaunay property
     Progress progress;
-    InnerVtxMgr innerVtxMgr; ///< free vertices that a running refinement has inserted
+    InnerVtxMgr innerVtxMgr{poolVertices}; ///< free vertices that refinements have inserted
+    Refinement* pRefinement = nullptr;     ///< the one that runs
 
 private:
     friend class ConstraintInserter;
     friend class Draper;
     friend class KnifeCutter;
+    friend class Refinement;
     friend class TriangleImporter;
 
     class Walk;
@@ -348,6 +369,11 @@ private:
     Triangle2* splitHullEdge(Point2* pVtx, Triangle2* pT, int ith);
     Triangle2* fanOverVisibleEdges(Point2* pVtx);
     void flipCollinearOnly(const Point2* pVtx);
+
+    // Dt2_meshing.cpp
+    bool refineMain2(const MeshGenParams& params) const;
+    void refineMain3(MeshGenParams* pParams);
+    void removeEarlierSteinerPoints(const Zone2& zone);
 
     // Dt2_output.cpp
     std::vector<std::size_t> numberActiveVertices() const;

@@ -161,27 +161,31 @@ Triangle2* Dt2::insertOneVertex(Point2** ppVtx, Triangle2* pHint)
     int edge = -1;
     const int state = locateConflictTriangle(*pVtx, &pHint, &edge);
     if (state >= 0) return triangulateCoplanarOrDuplicate(ppVtx, pHint, state);
+    insertAt(pVtx, pHint, edge);
+    return pHint;
+}
 
+void Dt2::insertAt(Point2* pVtx, Triangle2* pT, int edge)
+{
     starRepair.begin(pVtx);
     Triangle2* const pT1 = getNewTriangle();
-    Triangle2* const pT2 = edge < 0 ? getNewTriangle() : pHint->neighbor(edge);
+    Triangle2* const pT2 = edge < 0 ? getNewTriangle() : pT->neighbor(edge);
     if (edge < 0) {
-        split13(pHint, pT1, pT2, pVtx);
+        split13(pT, pT1, pT2, pVtx);
     } else {
         Triangle2* const pT3 = getNewTriangle();
-        const Point2* const b = pHint->corner(TriangleLinks::next(edge));
-        const Point2* const c = pHint->corner(TriangleLinks::prev(edge));
-        split24(pHint, edge, pT1, pT3, pVtx);
+        const Point2* const b = pT->corner(TriangleLinks::next(edge));
+        const Point2* const c = pT->corner(TriangleLinks::prev(edge));
+        split24(pT, edge, pT1, pT3, pVtx);
         splitConstraintAt(b, c, pVtx);
         if (!bCutMode) starRepair.consider(pT3);
     }
     if (!bCutMode) {
-        starRepair.consider(pHint);
+        starRepair.consider(pT);
         starRepair.consider(pT1);
         starRepair.consider(pT2);
         runStarRepair(pVtx);
     }
-    return pHint;
 }
 
 /// Where the inlined filter can't tell: the exact test, or, in fast mode, the filter's own last word.

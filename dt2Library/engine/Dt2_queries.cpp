@@ -107,6 +107,11 @@ double heightOnTriangle(const Triangle2& t, double x, double y)
 
 } // namespace
 
+double Dt2::heightOn(const Triangle2& t, double x, double y)
+{
+    return heightOnTriangle(t, x, y);
+}
+
 bool Dt2::getHeight(double x, double y, double& height, Triangle2* pApproxT, double tolerance)
 {
     if (!bFullDimensional || !std::isfinite(x) || !std::isfinite(y)) return false;

@@ -83,6 +83,19 @@ void Dt2::removeInnerVertex(Point2* pVtx)
     repairHole();
 }
 
+void Dt2::removeFreeVertex(Point2* pVtx, std::vector<Triangle2*>& vArisen)
+{
+    if (pRefinement == nullptr) {
+        remove(pVtx);
+        return;
+    }
+    const bool bClosed = collectFan(pVtx, vFan);
+    LUMO_CHECK(bClosed, "collectFan(pVtx,vFan)");
+    removeInnerVertex(pVtx);
+    pVtx->setIncidentTriangle(nullptr);
+    vArisen.insert(vArisen.end(), vHole.begin(), vHole.end());
+}
+
 /// No ear in a whole turn, which can't be in a sound mesh: leaves a picture, then fails.
 void Dt2::reportStubbornFan(const Point2* pVtx, std::size_t numTriangles) const
 {

@@ -355,6 +355,31 @@ Zone2* Lumo_2D::importTriangles(const std::vector<Point2>& vPoints, bool bReorie
     return pImpl->createZone(vBorder, ZL_BOUNDED);
 }
 
+// ---- quality meshes -------------------------------------------------------------------------------------------------
+
+void Lumo_2D::refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
+                     bool bAllowConstraintSplitting)
+{
+    if (pZone == nullptr) {
+        std::cerr << "\nWarning: Lumo_2D::refine(..) has been called with pZone==NULL\n";
+        return;
+    }
+    if (minAngleDegree > 30.0) {
+        std::cerr << "\nWarning: Lumo_2D::refine(..), minAngleDegree can't be >30\n";
+        return;
+    }
+    pImpl->refine(pZone, minAngleDegree, minEdgeLength, maxEdgeLength, bAllowConstraintSplitting);
+}
+
+void Lumo_2D::refineAdvanced(MeshGenParams* pParams)
+{
+    if (pParams == nullptr) {
+        msgWarning("Lumo_2D::refineAdvanced()", "no parameters given, return");
+        return;
+    }
+    pImpl->refineAdvanced(pParams);
+}
+
 // ---- settings -------------------------------------------------------------------------------------------------------
 
 int Lumo_2D::setNumCPU(int numCPU)

@@ -1,0 +1,44 @@
+#ifndef LUMO25D_MESHING_REFINEMENTLIMITS_H
+#define LUMO25D_MESHING_REFINEMENTLIMITS_H
+
+#include "meshing/TriangleShape.h"
+
+#include "MeshGenParams.h"
+
+#include <unordered_set>
+
+namespace ORBI_LUMO25D
+{
+
+/// Parameters in the form in which a running refinement asks for them.
+class RefinementLimits
+{
+public:
+    /// Locks what is alive below the locked constraints as well.
+    explicit RefinementLimits(MeshGenParams& params_);
+
+    /// Whether the longest edge or the area is above its limit; asks the virtual operations.
+    bool isTooLong(const TriangleShape& shape, Triangle2* pT) const;
+    bool isTooLarge(const TriangleShape& shape, Triangle2* pT) const;
+    /// Whether the smallest angle is below the limit, unless the terrain alone makes it so: the angles in the plane are
+    /// above 29.5 degrees then.
+    bool isTooSharp(const TriangleShape& shape) const;
+    /// What can be told from the triangle alone. Limits on growth and on heights depend on what is around it.
+    bool isBad(const TriangleShape& shape, Triangle2* pT) const
+    {
+        return shape.isMeasurable() && (isTooLong(shape, pT) || isTooSharp(shape) || isTooLarge(shape, pT));
+    }
+    bool hasGrowthLimit() const;
+    bool hasHeightLimit() const;
+    bool isLocked(const ConstraintSegment2* pCSeg) const { return sLocked.count(pCSeg) != 0; }
+
+    MeshGenParams& params;
+
+private:
+    double sqSineLimit; ///< of the angle
+    std::unordered_set<const ConstraintSegment2*> sLocked;
+};
+
+} // namespace ORBI_LUMO25D
+
+#endif
