@@ -48,8 +48,8 @@ public:
     /// From now on the segment may not be split by a refinement.
     void addLockedConstraint(ConstraintSegment2* pCSeg);
 
-    /// Gives the heights of new vertices inside the zone; NULL: the surface that is refined does. Where it has none, they
-    /// come from the surface, too.
+    /// Gives the heights of new vertices inside the zone; NULL: the surface that is refined does. Where it has none, a
+    /// warning, and the height is 0. Vertices on constraints are at the constraints' heights.
     Lumo_2D* pGuideTriangulation = nullptr;
     /// A triangle whose barycentre is farther above or below the guide is refined. Without a guide of no effect.
     double maxGuideHeightError = std::numeric_limits<double>::max();

@@ -198,6 +198,8 @@ public:
     bool establishConstraint(ConstraintSegment2* pCSeg);
     /// Takes a segment out of force for good and repairs the mesh around its edge.
     void killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg);
+    /// See ConstraintInserter::splitStanding().
+    Point2* splitStandingConstraint(ConstraintSegment2* pCSeg, const Point2& p, Triangle2* pT, int ith);
     ConstraintMgr& getConstraintMgr() const { return *pConstraintMgr; }
 
     // ==== Dt2_cat_cutt.cpp: knife cuts, draping, import =============================================================
@@ -263,8 +265,8 @@ public:
     /// See Lumo_2D::refine().
     void refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, double maxEdgeLength,
                 bool bAllowConstraintSplitting);
-    /// The parameters must be given.
-    void refineAdvanced(MeshGenParams* pParams);
+    /// The parameters must be given; pGuide is the engine of their guide triangulation, or null.
+    void refineAdvanced(MeshGenParams* pParams, Dt2* pGuide);
 
     // ==== Dt2_output.cpp: pictures, arrays, files ==================================================================
 
@@ -372,7 +374,7 @@ private:
 
     // Dt2_meshing.cpp
     bool refineMain2(const MeshGenParams& params) const;
-    void refineMain3(MeshGenParams* pParams);
+    void refineMain3(MeshGenParams* pParams, Dt2* pGuide);
     void removeEarlierSteinerPoints(const Zone2& zone);
 
     // Dt2_output.cpp

@@ -106,6 +106,11 @@ bool Dt2::establishConstraint(ConstraintSegment2* pCSeg)
     LUMO_CHECK(false, "false");
 }
 
+Point2* Dt2::splitStandingConstraint(ConstraintSegment2* pCSeg, const Point2& p, Triangle2* pT, int ith)
+{
+    return pConstraintInserter->splitStanding(pCSeg, p, pT, ith);
+}
+
 void Dt2::killAndUnestablishConstraintSegment(ConstraintSegment2* pCSeg)
 {
     const RoundToNearest rounding;

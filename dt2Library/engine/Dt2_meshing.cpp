@@ -68,12 +68,12 @@ void Dt2::refine(Zone2* pZone, double minAngleDegree, double minEdgeLength, doub
     params.minEdgeLength = minEdgeLength;
     params.maxEdgeLength = maxEdgeLength;
     params.bAllowConstraintSplitting = bAllowConstraintSplitting;
-    refineMain3(&params);
+    refineMain3(&params, nullptr);
 }
 
-void Dt2::refineAdvanced(MeshGenParams* pParams)
+void Dt2::refineAdvanced(MeshGenParams* pParams, Dt2* pGuide)
 {
-    refineMain3(pParams);
+    refineMain3(pParams, pGuide);
 }
 
 bool Dt2::refineMain2(const MeshGenParams& params) const
@@ -105,12 +105,12 @@ bool Dt2::refineMain2(const MeshGenParams& params) const
     return true;
 }
 
-void Dt2::refineMain3(MeshGenParams* pParams)
+void Dt2::refineMain3(MeshGenParams* pParams, Dt2* pGuide)
 {
     LUMO_CHECK(pRefinement == nullptr, "pmmAng2RC==0");
     if (!refineMain2(*pParams)) return;
     const RoundToNearest rounding;
-    Refinement refinement(*this, *pParams);
+    Refinement refinement(*this, *pParams, pGuide);
     if (!pParams->bKeepExistingSteinerPoints) removeEarlierSteinerPoints(*pParams->pZone);
     // A grid, if one is wanted, is laid here: the refinement works on what it leaves.
     const Running running(*this, refinement);

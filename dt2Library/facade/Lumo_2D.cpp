@@ -6,6 +6,7 @@
 #include "zones/triangleSets.h"
 
 #include "Edge2.h"
+#include "MeshGenParams.h"
 #include "Segment2.h"
 #include "Visualizer3.h"
 #include "freeFunctions.h"
@@ -377,7 +378,8 @@ void Lumo_2D::refineAdvanced(MeshGenParams* pParams)
         msgWarning("Lumo_2D::refineAdvanced()", "no parameters given, return");
         return;
     }
-    pImpl->refineAdvanced(pParams);
+    const Lumo_2D* const pGuide = pParams->pGuideTriangulation;
+    pImpl->refineAdvanced(pParams, pGuide == nullptr ? nullptr : pGuide->getImpl());
 }
 
 // ---- settings -------------------------------------------------------------------------------------------------------

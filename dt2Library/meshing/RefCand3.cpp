@@ -8,7 +8,6 @@
 #include "support/check.h"
 #include "support/messages.h"
 
-#include "Lumo_2D.h"
 #include "MeshGenParams.h"
 #include "Vector2.h"
 
@@ -174,8 +173,7 @@ bool RefCand3::needRefinement(const RefinementLimits& limits)
     reason = NONE;
     if (!shape.isMeasurable()) return false;
     if (!isBadBySize(limits) && !isBadByAngle(limits)) {
-        if (!limits.hasHeightLimit() ||
-            !getHeightError(limits.params.pGuideTriangulation, limits.params.maxGuideHeightError)) {
+        if (!limits.hasHeightLimit() || !getHeightError(limits.pGuide, limits.params.maxGuideHeightError)) {
             return false;
         }
         reason = HEIGHT;
@@ -252,7 +250,7 @@ bool RefCand3::isAcrossSharpCorner() const
     return ConcentricShells(dt2).isAcrossCorner(aCorners[L::next(i)], aCorners[L::prev(i)]);
 }
 
-bool RefCand3::getHeightError(const Lumo_2D* pGuide, double maxError) const
+bool RefCand3::getHeightError(Dt2* pGuide, double maxError) const
 {
     if (pGuide == nullptr) {
         msgWarning("RefCand3::getHeightError()", "No guide");
@@ -262,7 +260,7 @@ bool RefCand3::getHeightError(const Lumo_2D* pGuide, double maxError) const
     double height = 0.0;
     double guideHeight = 0.0;
     if (!dt2.getHeight(center.x(), center.y(), height, pTriangle, 0.0) ||
-        !pGuide->getHeight(center.x(), center.y(), guideHeight)) {
+        !pGuide->getHeight(center.x(), center.y(), guideHeight, nullptr, 0.0)) {
         return false;
     }
     return std::fabs(height - guideHeight) > maxError;

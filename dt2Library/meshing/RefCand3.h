@@ -14,7 +14,6 @@ namespace ORBI_LUMO25D
 
 class ConstraintSegment2;
 class Dt2;
-class Lumo_2D;
 class RefinementLimits;
 
 /// A triangle that may need refinement: whether it does, and where the new vertex would go.
@@ -51,7 +50,7 @@ public:
     bool isBlocked(const RefinementLimits& limits) const;
     /// Whether the surface at the barycentre is farther than maxError above or below the guide. False where either of them
     /// has no height; without a guide a warning, and false.
-    bool getHeightError(const Lumo_2D* pGuide, double maxError) const;
+    bool getHeightError(Dt2* pGuide, double maxError) const;
 
     const Point2& getCircumcenter() const { return circumcenter; }
     /// Where the walk ended, and -1 in the triangle that holds the circumcentre; 0 to 2 at that edge of it, which is a

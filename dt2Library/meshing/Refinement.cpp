@@ -7,7 +7,6 @@
 
 #include "constraints/ConstraintMgr.h"
 #include "core/MeshSurgery.h"
-#include "engine/ConstraintInserter.h"
 #include "engine/Dt2.h"
 #include "meshing/ConcentricShells.h"
 #include "meshing/TriangleShape.h"
@@ -16,7 +15,6 @@
 #include "zones/PoolMarks.h"
 
 #include "ConstraintGraph2.h"
-#include "Lumo_2D.h"
 #include "MeshGenParams.h"
 #include "Zone2.h"
 
@@ -57,8 +55,8 @@ double squaredDistance2D(const Point2& p, const Point2& q)
 
 } // namespace
 
-Refinement::Refinement(Dt2& dt2_, MeshGenParams& params)
-    : dt2(dt2_), limits(params), pCG(params.pZone->getConstraintGraph()),
+Refinement::Refinement(Dt2& dt2_, MeshGenParams& params, Dt2* pGuide)
+    : dt2(dt2_), limits(params, pGuide), pCG(params.pZone->getConstraintGraph()),
       bAllAreCandidates(limits.hasGrowthLimit() || limits.hasHeightLimit())
 {
     LUMO_CHECK(pCG != nullptr, "pCG!=0");
@@ -95,8 +93,7 @@ void Refinement::getInitialRefineCandidates()
         if (bAllAreCandidates || limits.isBad(shape, pT)) vBad.emplace_back(dt2.poolTriangles.indexOf(pT), pT);
     }
     if (limits.hasHeightLimit()) {
-        numForcedAtMost +=
-            forcedPerGuideTriangle * static_cast<double>(limits.params.pGuideTriangulation->numberOfTriangles());
+        numForcedAtMost += forcedPerGuideTriangle * static_cast<double>(limits.pGuide->numberOfTriangles());
     }
     if (numForcedLeft < 0.0) {
         numForcedLeft = numForcedAtMost; // what later rounds find is our own work
@@ -199,10 +196,10 @@ Point2* Refinement::newVertex(double x, double y, double z)
 
 double Refinement::heightAt(double x, double y, const Triangle2& t)
 {
-    const Lumo_2D* const pGuide = limits.params.pGuideTriangulation;
-    if (pGuide == nullptr) return Dt2::heightOn(t, x, y);
+    if (limits.pGuide == nullptr) return Dt2::heightOn(t, x, y);
     double z = 0.0;
-    if (!pGuide->getHeight(x, y, z)) warnOnce(NO_HEIGHT, "Dt2::refineMain2()", "No height value available");
+    if (!limits.pGuide->getHeight(x, y, z, nullptr, 0.0))
+        warnOnce(NO_HEIGHT, "Dt2::refineMain2()", "No height value available");
     return z;
 }
 
@@ -227,7 +224,7 @@ bool Refinement::splitSegment(const RefCand3& candidate)
         return false;
     }
     const bool bOwn = pCG->isConstraint(pCSeg);
-    Point2* const pInserted = dt2.pConstraintInserter->splitStanding(pCSeg, splitPoint, pT, ith);
+    Point2* const pInserted = dt2.splitStandingConstraint(pCSeg, splitPoint, pT, ith);
     if (pInserted == nullptr || pInserted == p1 || pInserted == p2) {
         if (warnOnce(PRECISION, "Dt2::tryRefine()",
                      "Double precision arithmetic does not allow to split a segment further, giving up")) {

@@ -26,7 +26,8 @@ class Triangle2;
 class Refinement
 {
 public:
-    Refinement(Dt2& dt2_, MeshGenParams& params);
+    /// pGuide gives the heights of new vertices inside; null: the surface itself.
+    Refinement(Dt2& dt2_, MeshGenParams& params, Dt2* pGuide);
     Refinement(const Refinement&) = delete;
     Refinement& operator=(const Refinement&) = delete;
 

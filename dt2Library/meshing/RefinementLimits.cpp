@@ -28,8 +28,8 @@ const double sqSineGoodIn2D = sqSineOfDegrees(29.5);
 
 } // namespace
 
-RefinementLimits::RefinementLimits(MeshGenParams& params_)
-    : params(params_), sqSineLimit(sqSineOfDegrees(params_.minAngleDegree))
+RefinementLimits::RefinementLimits(MeshGenParams& params_, Dt2* pGuide_)
+    : params(params_), pGuide(pGuide_), sqSineLimit(sqSineOfDegrees(params_.minAngleDegree))
 {
     if (params.pLockedConstraints == nullptr) return;
     for (ConstraintSegment2* pCSeg : *params.pLockedConstraints) {
@@ -64,7 +64,7 @@ bool RefinementLimits::hasGrowthLimit() const
 
 bool RefinementLimits::hasHeightLimit() const
 {
-    return params.pGuideTriangulation != nullptr && params.maxGuideHeightError != unlimited;
+    return pGuide != nullptr && params.maxGuideHeightError != unlimited;
 }
 
 } // namespace ORBI_LUMO25D

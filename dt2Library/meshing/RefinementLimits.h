@@ -10,12 +10,14 @@
 namespace ORBI_LUMO25D
 {
 
+class Dt2;
+
 /// Parameters in the form in which a running refinement asks for them.
 class RefinementLimits
 {
 public:
-    /// Locks what is alive below the locked constraints as well.
-    explicit RefinementLimits(MeshGenParams& params_);
+    /// pGuide_ may be null. Locks what is alive below the locked constraints as well.
+    RefinementLimits(MeshGenParams& params_, Dt2* pGuide_);
 
     /// Whether the longest edge or the area is above its limit; asks the virtual operations.
     bool isTooLong(const TriangleShape& shape, Triangle2* pT) const;
@@ -33,6 +35,7 @@ public:
     bool isLocked(const ConstraintSegment2* pCSeg) const { return sLocked.count(pCSeg) != 0; }
 
     MeshGenParams& params;
+    Dt2* const pGuide; ///< the engine of the guide triangulation, or null
 
 private:
     double sqSineLimit; ///< of the angle

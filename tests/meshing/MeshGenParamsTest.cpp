@@ -213,7 +213,7 @@ TEST(MeshGenParamsTest, ConstraintsAreSplitOnlyWhereAllowed)
     // Obtuse: without a split of the long side, which hides the circumcentre, nothing can be cured.
     Domain d(ring({{0, 0, 0}, {10, 0, 0}, {5, 2, 0}}));
     MeshGenParams params(d.pZone);
-    params.minAngleDegree = 25.0;
+    params.maxEdgeLength = 8.0;
     params.bAllowConstraintSplitting = false;
     d.lumo.refineAdvanced(&params);
     EXPECT_EQ(d.numPoints(), 3U);
@@ -301,7 +301,7 @@ TEST(MeshGenParamsTest, CandidatesTellWhatBlocksThem)
     MeshGenParams params(steep.pZone);
     RefCand3 candidate(*steep.lumo.getImpl(), steep.triangles()[0]);
     EXPECT_LT(candidate.getSmallestAngle(), 5);
-    EXPECT_FALSE(candidate.needRefinement(RefinementLimits(params)));
+    EXPECT_FALSE(candidate.needRefinement(RefinementLimits(params, nullptr)));
     steep.lumo.refineAdvanced(&params);
     EXPECT_EQ(steep.numPoints(), 3U);
     lumo_test::CoutCapture out;
