@@ -126,6 +126,11 @@ public:
     /// negative.
     void unifyGrid(double tolerance);
 
+    // ---- files --------------------------------------------------------------------------------------------------------
+
+    /// Lumo_2D::saveZones() with this zone alone.
+    bool save(const char* filename);
+
     // ---- inspection -------------------------------------------------------------------------------------------------
 
     /// Prints a histogram of the angles at the triangles' corners, in space.

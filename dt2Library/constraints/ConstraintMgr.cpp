@@ -226,6 +226,13 @@ ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<Seg
     return pGraph;
 }
 
+ConstraintGraph2* ConstraintMgr::createConstraint_oriented(const std::vector<VertexPair>& vPairs,
+                                                           ConstraintInsertionStrategy cis)
+{
+    if (vPairs.empty()) return nullptr;
+    return addOriented(vPairs, cis, "ConstraingMgr::createConstraint_oriented(vPairs,...)", 2).first;
+}
+
 /// Makes a graph that keeps the directions of the pairs; nothing is established.
 std::pair<ConstraintGraph2*, std::vector<ConstraintSegment2*>>
 ConstraintMgr::addOriented(const std::vector<VertexPair>& vPairs, ConstraintInsertionStrategy cis, const char* function,

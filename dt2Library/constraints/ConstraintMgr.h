@@ -68,6 +68,8 @@ public:
     /// Keeps the directions of the segments.
     ConstraintGraph2* createConstraint_oriented(const std::vector<Segment2>& vSegments,
                                                 ConstraintInsertionStrategy cis);
+    /// The same from edges that stand in the mesh already; the order of a graph that is no ring is that of the pairs.
+    ConstraintGraph2* createConstraint_oriented(const std::vector<VertexPair>& vPairs, ConstraintInsertionStrategy cis);
     ConstraintSegment2* addConstraintSegment(Point2* pA, Point2* pB, ConstraintInsertionStrategy cis);
 
     // ---- into the mesh ----------------------------------------------------------------------------------------------

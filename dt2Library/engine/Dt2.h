@@ -202,7 +202,7 @@ public:
     Point2* splitStandingConstraint(ConstraintSegment2* pCSeg, const Point2& p, Triangle2* pT, int ith);
     ConstraintMgr& getConstraintMgr() const { return *pConstraintMgr; }
 
-    // ==== Dt2_cat_cutt.cpp: knife cuts, draping, import =============================================================
+    // ==== Dt2_cat_cutt.cpp: knife cuts, draping, import, save and load ==============================================
 
     /// Cuts the triangulation along segments (see KnifeCutter): the surface stays as it is, and heights of new vertices are
     /// those of the surface; what lies outside of the hull has no effect. Appends the edges that the segments run along.
@@ -228,6 +228,12 @@ public:
     /// are degenerate or don't share whole edges, and for clockwise ones, unless they are to be turned.
     bool importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNeeded, bool bCreateExtendedBoundingBox,
                          std::vector<Triangle2*>& vT);
+
+    /// Writes a file for load(): all triangles, or those of the zones alone. See Lumo_2D::saveTriangulation().
+    bool saveInternal(const char* filename, const std::vector<Zone2*>& vSaveZones, bool bZonesOnly);
+    /// See Lumo_2D::load(). False, with a message and nothing changed, for a file that isn't sound. Should memory run out in
+    /// the middle of building, the engine can only be destroyed.
+    bool load(const char* filename, std::vector<Zone2*>& vZones);
 
     // ==== Dt2_zones.cpp: zones ======================================================================================
 
@@ -318,6 +324,7 @@ public:
 private:
     friend class ConstraintInserter;
     friend class Draper;
+    friend class GapFiller;
     friend class KnifeCutter;
     friend class Refinement;
     friend class TriangleImporter;

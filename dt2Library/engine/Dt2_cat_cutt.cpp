@@ -1,4 +1,4 @@
-// Knife cuts, segments laid on the surface, and triangles that come from outside.
+// Knife cuts, segments laid on the surface, triangles that come from outside, and saved states.
 
 #include "engine/Dt2.h"
 
@@ -6,13 +6,18 @@
 #include "engine/Draper.h"
 #include "engine/KnifeCutter.h"
 #include "engine/TriangleImporter.h"
+#include "engine/TriangulationLoader.h"
+#include "engine/TriangulationSaver.h"
 #include "geometry/RoundToNearest.h"
+#include "output/triangulationFile.h"
 #include "support/messages.h"
 
 #include "Segment2.h"
 #include "VertexPair2.h"
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <set>
 
 namespace ORBI_LUMO25D
@@ -153,6 +158,101 @@ bool Dt2::importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNe
                      importer.build(*this, vT);
     if (!bOK) msgError("Dt2::importTriangles()", importer.getError());
     return bOK;
+}
+
+// ---- save and load --------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+/// Mutes a publisher for its scope.
+class Muted
+{
+public:
+    explicit Muted(Progress& progress_) : progress(progress_) { progress.suppress(); }
+    ~Muted() { progress.unsuppress(); }
+    Muted(const Muted&) = delete;
+    Muted& operator=(const Muted&) = delete;
+
+private:
+    Progress& progress;
+};
+
+/// Whether each is one of these zones, or null. What isn't is not read.
+bool areOwn(const std::vector<Zone2*>& vZones, const std::vector<std::unique_ptr<Zone2>>& vOwn)
+{
+    std::vector<Zone2*> vSorted{nullptr};
+    for (const std::unique_ptr<Zone2>& pZone : vOwn) {
+        vSorted.push_back(pZone.get());
+    }
+    std::sort(vSorted.begin(), vSorted.end(), std::less<Zone2*>());
+    return std::all_of(vZones.begin(), vZones.end(), [&vSorted](Zone2* pZone) {
+        return std::binary_search(vSorted.begin(), vSorted.end(), pZone, std::less<Zone2*>());
+    });
+}
+
+bool failLoading(const std::string& filename, const std::string& reason)
+{
+    if (!reason.empty()) printLine(filename + ": " + reason);
+    msgWarning("Dt2::load()", "failed, wrong file format?");
+    return false;
+}
+
+} // namespace
+
+bool Dt2::saveInternal(const char* filename, const std::vector<Zone2*>& vSaveZones, bool bZonesOnly)
+{
+    const char* const function = "Dt2::saveInternal()";
+    if (!areOwn(vSaveZones, vZones)) {
+        msgWarning(function, "A zone does not belong to the triangulation, nothing is saved");
+        return false;
+    }
+    const RoundToNearest rounding;
+    TriangulationSaver saver(*this, vSaveZones);
+    if (!saver.allSegmentsStand()) applyConstraintsAndZones();
+    if (!saver.collect(bZonesOnly)) {
+        msgError(function, saver.getError() + ", nothing is saved");
+        return false;
+    }
+    if (saver.numLeftOut() > 0) {
+        msgWarning(function, std::to_string(saver.numLeftOut()) +
+                                 " constraint segment(s) can't be made edges of the triangulation and are left out");
+    }
+    return writeTriangulationFile(filename, saver.getResult());
+}
+
+bool Dt2::load(const char* filename, std::vector<Zone2*>& vZones_)
+{
+    if (vertexVault.numActive() > 0) {
+        msgWarning("Dt2::load()", "function can only be called on an empty triangulation");
+        return false;
+    }
+    TriangulationReader reader(filename);
+    if (!reader.isOpen()) {
+        printLine(reader.getName() + " can't be read");
+        return false;
+    }
+    if (!reader.readType()) {
+        msgWarning("Dt2::load()", "wrong filetype, expected 32 or 22");
+        return false;
+    }
+    progress.start("load", 3);
+    SavedTriangulation saved;
+    if (!reader.readContent(saved)) return failLoading(reader.getName(), "");
+    progress.step(1);
+    const RoundToNearest rounding;
+    TriangulationLoader loader(saved);
+    if (!loader.check()) return failLoading(reader.getName(), loader.getError());
+    progress.step(1);
+    {
+        // A subscriber may throw: none is called while there is but a part of the triangulation.
+        const Muted muted(progress);
+        std::vector<Zone2*> vLoaded;
+        loader.build(*this, vLoaded);
+        vZones_.insert(vZones_.end(), vLoaded.begin(), vLoaded.end());
+    }
+    progress.finish();
+    return true;
 }
 
 } // namespace ORBI_LUMO25D

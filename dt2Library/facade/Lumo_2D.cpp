@@ -583,12 +583,42 @@ bool Lumo_2D::writeWebScene(const char* filename, const std::vector<Zone2*>& vZo
 
 void Lumo_2D::exportTriangulation(LumoExport& lumoExport, bool bCustomIndices, bool bClear)
 {
-    if (!pImpl->exportTriangulationArray(lumoExport, bCustomIndices) || !bClear) return;
+    if (pImpl->exportTriangulationArray(lumoExport, bCustomIndices) && bClear) renew();
+}
+
+/// An empty engine with the same number of threads, mode and subscribers.
+void Lumo_2D::renew()
+{
     Dt2* const pCleared = pImpl;
     initLumo(3);
     pImpl->setNumCPU(pCleared->numCPU);
     pImpl->setFastMode(pCleared->bFastMode);
+    pImpl->progress.takeSubscribers(pCleared->progress);
     delete pCleared;
+}
+
+bool Lumo_2D::saveTriangulation(const char* filename, const std::vector<Zone2*>& vSaveZones)
+{
+    return pImpl->saveInternal(filename, vSaveZones, false);
+}
+
+bool Lumo_2D::saveZones(const char* filename, const std::vector<Zone2*>& vSaveZones)
+{
+    return pImpl->saveInternal(filename, vSaveZones, true);
+}
+
+bool Lumo_2D::load(const char* filename, std::vector<Zone2*>& vZones)
+{
+    const bool bEmpty = pImpl->vertexVault.numActive() == 0;
+    const std::size_t numBefore = vZones.size();
+    try {
+        return pImpl->load(filename, vZones);
+    } catch (...) {
+        // Memory has run out, or a subscriber has thrown: half a triangulation is none.
+        vZones.resize(std::min(vZones.size(), numBefore));
+        if (bEmpty) renew();
+        throw;
+    }
 }
 
 void Lumo_2D::subscribe(MsgType msgType, MsgBase* pMsg)

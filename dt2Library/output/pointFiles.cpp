@@ -2,6 +2,7 @@
 #include "output/FileWriter.h"
 #include "output/littleEndian.h"
 #include "output/numberScanner.h"
+#include "output/openForReading.h"
 #include "support/messages.h"
 
 #include <algorithm>
@@ -103,17 +104,6 @@ bool writeBinary(const char* filename, const std::vector<PointOrPointer>& vPoint
 
 // ---- reading ----------------------------------------------------------------------------------------------------
 
-/// Opens for reading; false also for a directory, which opens but can't be read.
-bool openForReading(std::ifstream& file, const std::string& name)
-{
-    file.open(name, std::ios::in | std::ios::binary);
-    if (!file) return false;
-    file.peek();
-    if (file.bad()) return false;
-    file.clear(); // an empty file is a file
-    return true;
-}
-
 template <int numCoords>
 bool readText(const char* filename, std::vector<Point2>& vPoints)
 {
@@ -145,13 +135,7 @@ public:
     /// Reads the header; the file type, 0 if the file is too short for one.
     std::int32_t readHeader()
     {
-        file.seekg(0, std::ios::end);
-        const std::streamoff end = file.tellg();
-        file.clear(); // a pipe has no size
-        file.seekg(0, std::ios::beg);
-        file.clear();
-        fileSize = end > 0 ? static_cast<std::uint64_t>(end) : 0;
-
+        fileSize = sizeOf(file);
         char aHeader[headerSize] = {};
         file.read(aHeader, headerSize);
         bHeaderComplete = file.gcount() == static_cast<std::streamsize>(headerSize);

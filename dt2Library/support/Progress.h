@@ -34,6 +34,8 @@ public:
     void subscribe(MsgType msgType, MsgBase* pMsg);
     /// Removes the pair; one that isn't there is ignored.
     void unsubscribe(MsgType msgType, MsgBase* pMsg);
+    /// Takes all subscribers over from another publisher.
+    void takeSubscribers(Progress& other) { mSubscribers.swap(other.mSubscribers); }
 
     /// Makes pChild's fraction a part of this one's. A pair is linked once; a ring of publishers is a failed
     /// condition.

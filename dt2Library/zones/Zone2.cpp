@@ -256,6 +256,13 @@ void Zone2::unifyGrid(double tolerance)
     ORBI_LUMO25D::unifyGrid(*pDt, trianglesOf(*this), tolerance, *pProgress);
 }
 
+// ---- files ----------------------------------------------------------------------------------------------------------
+
+bool Zone2::save(const char* filename)
+{
+    return pDt->saveInternal(filename, {this}, true);
+}
+
 // ---- inspection -----------------------------------------------------------------------------------------------------
 
 namespace
