@@ -506,16 +506,34 @@ void VertexVault::treatDupsAndHandles(std::vector<Point2*>* pHandles)
 }
 
 /// Without triangles no walk finds duplicates. The earliest item wins; in a bulk, items with equal points stand in input
-/// order.
+/// order, and a sort along the curve, which brings equal points together, is stable.
 void VertexVault::findDupsWithoutArea()
 {
-    std::set<Point2*, LessByPosition> sUnique;
-    for (IdxVtxAct& item : vItems) {
-        if (!item.bActive) continue;
-        const auto result = sUnique.insert(item.pVtx);
-        if (result.second) continue;
-        deactivate(item);
-        vRedundant2Unique.emplace_back(item.pVtx, *result.first);
+    sortIfNeeded(false);
+    std::vector<IdxVtxAct*> vRun; // active items with one key
+    for (std::size_t i = 0; i < vItems.size();) {
+        vRun.clear();
+        const std::uint32_t idx = vItems[i].idx;
+        for (; i < vItems.size() && (vItems[i].idx == idx || !vItems[i].bActive); ++i) {
+            if (vItems[i].bActive) vRun.push_back(&vItems[i]);
+        }
+        if (vRun.size() > 1) findDupsInRun(vRun);
+    }
+}
+
+void VertexVault::findDupsInRun(std::vector<IdxVtxAct*>& vRun)
+{
+    std::stable_sort(vRun.begin(), vRun.end(),
+                     [](const IdxVtxAct* pA, const IdxVtxAct* pB) { return *pA->pVtx < *pB->pVtx; });
+    const IdxVtxAct* pKept = vRun.front();
+    for (IdxVtxAct* pItem : vRun) {
+        if (pItem == pKept) continue;
+        if (*pItem->pVtx != *pKept->pVtx) {
+            pKept = pItem;
+            continue;
+        }
+        deactivate(*pItem);
+        vRedundant2Unique.emplace_back(pItem->pVtx, pKept->pVtx);
     }
 }
 

@@ -149,6 +149,7 @@ private:
     std::size_t getIdxOfActiveVtx(const Point2* pVtx) const;
     std::size_t replaceDupHandles(std::vector<Point2*>& vHandles) const;
     void findDupsWithoutArea();
+    void findDupsInRun(std::vector<IdxVtxAct*>& vRun);
     void deactivate(IdxVtxAct& item);
     void keepEarliestData();
     template <class Source>

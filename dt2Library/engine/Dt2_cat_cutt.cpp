@@ -209,16 +209,21 @@ bool Dt2::saveInternal(const char* filename, const std::vector<Zone2*>& vSaveZon
     }
     const RoundToNearest rounding;
     TriangulationSaver saver(*this, vSaveZones);
-    if (!saver.allSegmentsStand()) applyConstraintsAndZones();
-    if (!saver.collect(bZonesOnly)) {
+    bool bOK = saver.collectAll();
+    if (bOK && saver.numLeftOut() > 0) {
+        applyConstraintsAndZones();
+        bOK = saver.collectAll();
+    }
+    const std::size_t numLeftOut = saver.numLeftOut();
+    if (!bOK || !saver.addZones(bZonesOnly)) {
         msgError(function, saver.getError() + ", nothing is saved");
         return false;
     }
-    if (saver.numLeftOut() > 0) {
-        msgWarning(function, std::to_string(saver.numLeftOut()) +
+    if (numLeftOut > 0) {
+        msgWarning(function, std::to_string(numLeftOut) +
                                  " constraint segment(s) can't be made edges of the triangulation and are left out");
     }
-    return writeTriangulationFile(filename, saver.getResult());
+    return saver.write(filename);
 }
 
 bool Dt2::load(const char* filename, std::vector<Zone2*>& vZones_)

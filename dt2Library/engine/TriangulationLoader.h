@@ -44,7 +44,7 @@ public:
     void build(Dt2& dt2, std::vector<Zone2*>& vZones);
 
 private:
-    using Index = SavedTriangulation::Index;
+    using Index = SavedIndices::Index;
 
     bool fail(const char* what);
     bool areFinite();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace ORBI_LUMO25D
 {
@@ -16,7 +17,7 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-constexpr std::size_t maxCount = static_cast<std::size_t>(std::numeric_limits<SavedTriangulation::Index>::max());
+constexpr std::size_t maxCount = static_cast<std::size_t>(std::numeric_limits<SavedIndices::Index>::max());
 
 } // namespace
 
@@ -26,88 +27,105 @@ bool TriangulationSaver::fail(const char* what)
     return false;
 }
 
-void TriangulationSaver::reset()
+bool TriangulationSaver::collectAll()
 {
-    saved = SavedTriangulation();
-    vNumbers.assign(dt2.poolVertices.size(), -1);
-    vvBorders.assign(vZones.size(), {});
-    numSegmentsLeftOut = 0;
+    const bool bOK = dt2.hasArea() ? collectMesh([](const Triangle2*) { return true; }) : collectWaiting();
+    return bOK && collectSegments();
 }
 
-bool TriangulationSaver::allSegmentsStand()
+bool TriangulationSaver::addZones(bool bZonesOnly)
 {
-    if (!dt2.hasArea() || dt2.getConstraintMgr().empty()) return true;
-    reset();
-    std::vector<Triangle2*> vT;
-    dt2.getTrianglePointers(vT);
-    if (!numberTriangles(vT)) return true; // collect() will tell
-    collectSegments(false);
-    return numSegmentsLeftOut == 0;
-}
-
-bool TriangulationSaver::collect(bool bZonesOnly)
-{
-    reset();
     if (vZones.size() > maxCount) return fail("there are too many zones for 32-bit counts");
-    if (!(dt2.hasArea() ? collectMesh(bZonesOnly) : collectWaiting())) return false;
-    collectZones();
-    collectSegments(bZonesOnly);
-    return saved.vSegments.size() / 2 <= maxCount || fail("there are too many segments for 32-bit counts");
-}
-
-// ---- triangles and vertices -----------------------------------------------------------------------------------------
-
-bool TriangulationSaver::collectMesh(bool bZonesOnly)
-{
-    std::vector<Triangle2*> vT;
-    dt2.getTrianglePointers(vT);
+    std::vector<std::vector<Edge2>> vvBorders(vZones.size());
     PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    std::vector<Triangle2*> vZone;
+    std::vector<Triangle2*> vT;
     for (std::size_t i = 0; i < vZones.size(); ++i) {
-        if (vZones[i] == nullptr) continue;
-        vZone.clear();
-        vZones[i]->getTriangles(vZone);
-        getBorderEdges(dt2, vZone, vvBorders[i]);
-        if (!bZonesOnly) continue;
-        for (const Triangle2* pT : vZone) {
+        if (vZones[i] == nullptr || !dt2.hasArea()) continue;
+        vT.clear();
+        vZones[i]->getTriangles(vT);
+        getBorderEdges(dt2, vT, vvBorders[i]);
+        for (const Triangle2* pT : vT) {
             marks[pT] = 1;
         }
     }
     if (bZonesOnly) {
-        vT.erase(std::remove_if(vT.begin(), vT.end(), [&marks](const Triangle2* pT) { return marks[pT] == 0; }),
-                 vT.end());
+        if (!collectMesh([&marks](const Triangle2* pT) { return marks[pT] != 0; }) || !collectSegments()) return false;
     }
-    return numberTriangles(vT);
+    saved.vvZones.resize(vZones.size());
+    EdgeKeys segments(vVertices.size());
+    for (std::size_t i = 0; i < saved.vSegments.size(); i += 2) {
+        segments.addUndirected(saved.vSegments[i], saved.vSegments[i + 1]);
+    }
+    for (std::size_t i = 0; i < vZones.size(); ++i) {
+        collectBorder(vvBorders[i], saved.vvZones[i]);
+        for (std::size_t k = 0; k < saved.vvZones[i].size(); k += 2) {
+            segments.addUndirected(saved.vvZones[i][k], saved.vvZones[i][k + 1]);
+        }
+    }
+    segments.sort();
+    if (segments.size() > maxCount) return fail("there are too many segments for 32-bit counts");
+    saved.vSegments.clear();
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        saved.vSegments.push_back(segments.src(i));
+        saved.vSegments.push_back(segments.trg(i));
+    }
+    return true;
 }
 
-bool TriangulationSaver::numberTriangles(const std::vector<Triangle2*>& vT)
+/// Brings the border edges into the order of their triangles.
+void TriangulationSaver::collectBorder(const std::vector<Edge2>& vBorder, std::vector<Index>& vZone) const
 {
-    if (vT.size() > maxCount) return fail("there are too many triangles for 32-bit counts");
-    saved.vVertices.reserve(std::min(dt2.vertexVault.numActive(), 3 * vT.size()));
-    saved.vTriangles.resize(3 * vT.size());
+    using Place = std::pair<std::size_t, int>;
+    std::vector<std::pair<Place, const Edge2*>> vEdges;
+    for (const Edge2& edge : vBorder) {
+        vEdges.emplace_back(Place(dt2.poolTriangles.indexOf(edge.getTriangle()), edge.getIndex()), &edge);
+    }
+    std::sort(vEdges.begin(), vEdges.end());
+    for (const auto& [place, pEdge] : vEdges) {
+        vZone.push_back(numberOf(pEdge->getSrc()));
+        vZone.push_back(numberOf(pEdge->getTrg()));
+    }
+}
+
+// ---- triangles and vertices -----------------------------------------------------------------------------------------
+
+template <class IsWanted>
+bool TriangulationSaver::collectMesh(const IsWanted& isWanted)
+{
+    const std::size_t numTriangles = dt2.numberOfTriangles();
+    if (numTriangles > maxCount) return fail("there are too many triangles for 32-bit counts");
+    vVertices.clear();
+    vVertices.reserve(dt2.vertexVault.numActive());
+    vNumbers.assign(dt2.poolVertices.size(), -1);
+    saved.vTriangles.resize(3 * numTriangles);
     Index* pOut = saved.vTriangles.data();
-    for (const Triangle2* pT : vT) {
+    bool bOK = true;
+    dt2.poolTriangles.forEach([&](const Triangle2* pT) {
+        if (pT->corner(0) == nullptr || !isWanted(pT)) return;
         for (int i = 0; i < 3; ++i) {
             const Point2* const pVtx = pT->corner(i);
             Index& number = vNumbers[dt2.poolVertices.indexOf(pVtx)];
             if (number < 0) {
-                number = static_cast<Index>(saved.vVertices.size());
-                if (!addVertex(pVtx)) return false;
+                number = static_cast<Index>(vVertices.size());
+                bOK = addVertex(pVtx) && bOK;
             }
             *pOut++ = number;
         }
-    }
-    return true;
+    });
+    saved.vTriangles.resize(static_cast<std::size_t>(pOut - saved.vTriangles.data()));
+    return bOK;
 }
 
 /// Without area, there are vertices alone.
 bool TriangulationSaver::collectWaiting()
 {
-    std::vector<Point2*> vVertices;
-    dt2.getVertexPointers(vVertices);
-    std::sort(vVertices.begin(), vVertices.end(), [](const Point2* pA, const Point2* pB) { return *pA < *pB; });
-    for (const Point2* pVtx : vVertices) {
-        vNumbers[dt2.poolVertices.indexOf(pVtx)] = static_cast<Index>(saved.vVertices.size());
+    std::vector<Point2*> vWaiting;
+    dt2.getVertexPointers(vWaiting);
+    std::sort(vWaiting.begin(), vWaiting.end(), [](const Point2* pA, const Point2* pB) { return *pA < *pB; });
+    vVertices.clear();
+    vNumbers.assign(dt2.poolVertices.size(), -1);
+    for (const Point2* pVtx : vWaiting) {
+        vNumbers[dt2.poolVertices.indexOf(pVtx)] = static_cast<Index>(vVertices.size());
         if (!addVertex(pVtx)) return false;
     }
     return true;
@@ -116,8 +134,8 @@ bool TriangulationSaver::collectWaiting()
 /// Heights may have been changed to anything.
 bool TriangulationSaver::addVertex(const Point2* pVtx)
 {
-    if (saved.vVertices.size() == maxCount) return fail("there are too many vertices for 32-bit counts");
-    saved.vVertices.push_back(*pVtx);
+    if (vVertices.size() >= maxCount) return fail("there are too many vertices for 32-bit counts");
+    vVertices.push_back(pVtx);
     return (std::isfinite(pVtx->x()) && std::isfinite(pVtx->y()) && std::isfinite(pVtx->z())) ||
            fail("a coordinate is not a finite number");
 }
@@ -127,62 +145,36 @@ TriangulationSaver::Index TriangulationSaver::numberOf(const Point2* pVtx) const
     return vNumbers[dt2.poolVertices.indexOf(pVtx)];
 }
 
-// ---- zones and segments ---------------------------------------------------------------------------------------------
+// ---- segments -------------------------------------------------------------------------------------------------------
 
-void TriangulationSaver::collectZones()
-{
-    saved.vvZones.resize(vZones.size());
-    for (std::size_t i = 0; i < vZones.size(); ++i) {
-        std::vector<Edge2>& vBorder = vvBorders[i];
-        const auto place = [this](const Edge2& e) {
-            return std::make_pair(dt2.poolTriangles.indexOf(e.getTriangle()), e.getIndex());
-        };
-        std::sort(vBorder.begin(), vBorder.end(),
-                  [&place](const Edge2& a, const Edge2& b) { return place(a) < place(b); });
-        for (const Edge2& edge : vBorder) {
-            saved.vvZones[i].push_back(numberOf(edge.getSrc()));
-            saved.vvZones[i].push_back(numberOf(edge.getTrg()));
-        }
-    }
-}
-
-void TriangulationSaver::collectSegments(bool bZonesOnly)
+/// Alive segments that are edges of the triangles collected; those that wait without area.
+bool TriangulationSaver::collectSegments()
 {
     std::vector<ConstraintSegment2*> vCSegs;
     dt2.getAliveConstraintSegments(vCSegs);
-    EdgeKeys keys(saved.vVertices.size());
-    std::size_t numWithoutVertices = 0;
+    EdgeKeys keys(vVertices.size());
     for (const ConstraintSegment2* pCSeg : vCSegs) {
         const Index src = numberOf(pCSeg->getSrc());
         const Index trg = numberOf(pCSeg->getTrg());
-        if (src < 0 || trg < 0) {
-            ++numWithoutVertices;
-        } else {
-            keys.addUndirected(src, trg);
-        }
-    }
-    for (const std::vector<Index>& vZone : saved.vvZones) {
-        for (std::size_t i = 0; i < vZone.size(); i += 2) {
-            keys.addUndirected(vZone[i], vZone[i + 1]);
-        }
+        if (src >= 0 && trg >= 0) keys.addUndirected(src, trg);
     }
     keys.sort();
     std::vector<bool> vStands(keys.size(), !dt2.hasArea());
     for (std::size_t i = 0; keys.size() > 0 && i < saved.vTriangles.size(); i += 3) {
         const Index* const t = &saved.vTriangles[i];
-        for (const auto& [a, b] :
-             {std::make_pair(t[0], t[1]), std::make_pair(t[1], t[2]), std::make_pair(t[2], t[0])}) {
-            const std::size_t position = keys.findUndirected(a, b);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t position = keys.findUndirected(t[k], t[k == 2 ? 0 : k + 1]);
             if (position != EdgeKeys::none) vStands[position] = true;
         }
     }
+    saved.vSegments.clear();
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (!vStands[i]) continue;
         saved.vSegments.push_back(keys.src(i));
         saved.vSegments.push_back(keys.trg(i));
     }
-    // Outside of the zones, segments have nothing to do with what is saved.
-    if (!bZonesOnly) numSegmentsLeftOut = numWithoutVertices + keys.size() - saved.vSegments.size() / 2;
+    numSegmentsLeftOut = vCSegs.size() - saved.vSegments.size() / 2;
+    return saved.vSegments.size() / 2 <= maxCount || fail("there are too many segments for 32-bit counts");
 }
 
 } // namespace ORBI_LUMO25D

@@ -28,36 +28,38 @@ public:
     /// NULL among the zones stands for an empty zone.
     TriangulationSaver(const Dt2& dt2_, const std::vector<Zone2*>& vZones_) : dt2(dt2_), vZones(vZones_) {}
 
-    /// Whether all alive constraint segments are edges of the mesh, as it must be for the zones to be found; without area
-    /// they may wait. Linear.
-    bool allSegmentsStand();
-    /// Collects everything, or the zones' triangles alone with the segments on their edges. False, with the reason in
-    /// getError(), for a vertex whose coordinates aren't finite, and for more than 32-bit counts can tell.
-    bool collect(bool bZonesOnly);
+    /// Both are false, with the reason in getError(), for a vertex whose coordinates aren't finite, and for more than 32-bit
+    /// counts can tell.
+    ///
+    /// Collects all triangles, vertices and segments; may be called again.
+    bool collectAll();
+    /// Alive segments that were left out, because they are no edges of the mesh: zones may not be found then. Without area,
+    /// segments wait.
+    std::size_t numLeftOut() const { return numSegmentsLeftOut; }
+    /// After it: adds the zones, or confines what was collected to their triangles and the segments on the edges of these.
+    bool addZones(bool bZonesOnly);
     const std::string& getError() const { return error; }
 
-    const SavedTriangulation& getResult() const { return saved; }
-    /// Alive segments that were left out, because they are no edges of the mesh.
-    std::size_t numLeftOut() const { return numSegmentsLeftOut; }
+    /// False, with a message, when the file can't be written.
+    bool write(const char* filename) const { return writeTriangulationFile(filename, vVertices, saved); }
 
 private:
-    using Index = SavedTriangulation::Index;
+    using Index = SavedIndices::Index;
 
     bool fail(const char* what);
-    void reset();
-    bool collectMesh(bool bZonesOnly);
+    template <class IsWanted>
+    bool collectMesh(const IsWanted& isWanted);
     bool collectWaiting();
-    bool numberTriangles(const std::vector<Triangle2*>& vT);
     bool addVertex(const Point2* pVtx);
-    void collectZones();
-    void collectSegments(bool bZonesOnly);
+    bool collectSegments();
+    void collectBorder(const std::vector<Edge2>& vBorder, std::vector<Index>& vZone) const;
     Index numberOf(const Point2* pVtx) const;
 
     const Dt2& dt2;
     const std::vector<Zone2*>& vZones;
-    std::vector<std::vector<Edge2>> vvBorders; ///< of the zones
-    std::vector<Index> vNumbers;               ///< of the vertices, by their places in the pool; -1 without
-    SavedTriangulation saved;
+    std::vector<const Point2*> vVertices;
+    std::vector<Index> vNumbers; ///< of the vertices, by their places in the pool; -1 without
+    SavedIndices saved;
     std::size_t numSegmentsLeftOut = 0;
     std::string error;
 };

@@ -26,9 +26,9 @@ void putNumber(FileWriter& writer, std::size_t number)
     writer.add(4);
 }
 
-void putIndices(FileWriter& writer, const std::vector<SavedTriangulation::Index>& vIndices)
+void putIndices(FileWriter& writer, const std::vector<SavedIndices::Index>& vIndices)
 {
-    for (const SavedTriangulation::Index index : vIndices) {
+    for (const SavedIndices::Index index : vIndices) {
         putNumber(writer, static_cast<std::size_t>(index));
     }
 }
@@ -45,7 +45,8 @@ void putVertex(FileWriter& writer, const Point2& p)
 
 } // namespace
 
-bool writeTriangulationFile(const char* filename, const SavedTriangulation& saved)
+bool writeTriangulationFile(const char* filename, const std::vector<const Point2*>& vVertices,
+                            const SavedIndices& indices)
 {
     FileWriter writer(filename);
     if (!writer.isOpen()) {
@@ -53,16 +54,16 @@ bool writeTriangulationFile(const char* filename, const SavedTriangulation& save
         return false;
     }
     putNumber(writer, static_cast<std::size_t>(typeWithHeights));
-    putNumber(writer, saved.vVertices.size());
-    putNumber(writer, saved.vSegments.size() / 2);
-    putNumber(writer, saved.vTriangles.size() / 3);
-    putNumber(writer, saved.vvZones.size());
-    for (const Point2& p : saved.vVertices) {
-        putVertex(writer, p);
+    putNumber(writer, vVertices.size());
+    putNumber(writer, indices.vSegments.size() / 2);
+    putNumber(writer, indices.vTriangles.size() / 3);
+    putNumber(writer, indices.vvZones.size());
+    for (const Point2* p : vVertices) {
+        putVertex(writer, *p);
     }
-    putIndices(writer, saved.vTriangles);
-    putIndices(writer, saved.vSegments);
-    for (const std::vector<SavedTriangulation::Index>& vZone : saved.vvZones) {
+    putIndices(writer, indices.vTriangles);
+    putIndices(writer, indices.vSegments);
+    for (const std::vector<SavedIndices::Index>& vZone : indices.vvZones) {
         putNumber(writer, vZone.size() / 2);
         putIndices(writer, vZone);
     }

@@ -12,21 +12,27 @@
 namespace ORBI_LUMO25D
 {
 
-/// What the file of a saved triangulation holds, as it stands there (docs/file-formats.md). Vertices are named by their
-/// positions. A file that was read has the counts that it announces, and nothing else is sure about it.
-struct SavedTriangulation
+/// What the file of a saved triangulation holds beside its vertices, as it stands there (docs/file-formats.md). Vertices are
+/// named by their positions in the file.
+struct SavedIndices
 {
     using Index = std::int32_t;
 
-    std::vector<Point2> vVertices;
     std::vector<Index> vTriangles;           ///< three corners in a row for each triangle
     std::vector<Index> vSegments;            ///< source and target of each
     std::vector<std::vector<Index>> vvZones; ///< source and target of each border edge, for each zone
 };
 
+/// What was read of a file. It has the counts that the file announces; nothing else is sure about it.
+struct SavedTriangulation : SavedIndices
+{
+    std::vector<Point2> vVertices;
+};
+
 /// Writes such a file. The caller has made sure that the counts fit into 32 bits. False, with a message, when it can't be
 /// created or not be written to the end.
-bool writeTriangulationFile(const char* filename, const SavedTriangulation& saved);
+bool writeTriangulationFile(const char* filename, const std::vector<const Point2*>& vVertices,
+                            const SavedIndices& indices);
 
 /// Reads such a file. What it takes of memory grows with what has been read of the file, whatever the counts say.
 class TriangulationReader
@@ -43,7 +49,7 @@ public:
     bool readContent(SavedTriangulation& saved);
 
 private:
-    using Index = SavedTriangulation::Index;
+    using Index = SavedIndices::Index;
 
     bool readCounts(std::size_t* aCounts, std::size_t numCounts);
     template <class Record, class Decode>
