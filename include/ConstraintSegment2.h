@@ -102,8 +102,8 @@ private:
     void deactivate() { bAlive = false; }
     bool isDead() const { return aChildren[0] != nullptr; }
     Owner* findOwner(const ConstraintGraph2* pGraph);
-    void addOwnerRecursive(ConstraintGraph2* pGraph);
-    bool addOwner(ConstraintGraph2* pGraph);
+    void addOwnerRecursive(ConstraintGraph2* pGraph, bool bBeingMade);
+    bool addOwner(ConstraintGraph2* pGraph, bool bBeingMade);
     void inheritOwners(const ConstraintSegment2& parent, bool bAgainst);
     bool linkChildren(Point2* pSplit);
     bool isReachableFrom(ConstraintSegment2* pStart) const;

@@ -50,7 +50,7 @@ ConstraintGraph2::ConstraintGraph2(Dt2* pDt_, const std::vector<ConstraintSegmen
 void ConstraintGraph2::takeSegments(const std::vector<ConstraintSegment2*>& vSegments)
 {
     for (ConstraintSegment2* pCSeg : vSegments) {
-        pCSeg->addOwnerRecursive(this);
+        pCSeg->addOwnerRecursive(this, true);
     }
     std::vector<bool> vReverse;
     bPolygon = RingSort(vSegments).run(vCSegParents, vReverse);

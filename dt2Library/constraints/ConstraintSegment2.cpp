@@ -85,14 +85,16 @@ ConstraintSegment2::Owner* ConstraintSegment2::findOwner(const ConstraintGraph2*
     return nullptr;
 }
 
-/// False when the graph is an owner already.
-bool ConstraintSegment2::addOwner(ConstraintGraph2* pGraph)
+/// False when the graph is an owner already. One that is being made, if it is an owner, is the last that was added.
+bool ConstraintSegment2::addOwner(ConstraintGraph2* pGraph, bool bBeingMade)
 {
     if (owner.pGraph == nullptr) {
         owner.pGraph = pGraph;
         return true;
     }
-    if (findOwner(pGraph) != nullptr) return false;
+    if (owner.pGraph == pGraph || (owner.pNext != nullptr && owner.pNext->pGraph == pGraph)) return false;
+    // Thousands of zones may share a border: one more doesn't look at all of them.
+    if (!bBeingMade && findOwner(pGraph) != nullptr) return false;
     Owner* const pOwner = manager().newOwner();
     pOwner->pGraph = pGraph;
     pOwner->pNext = owner.pNext;
@@ -101,13 +103,13 @@ bool ConstraintSegment2::addOwner(ConstraintGraph2* pGraph)
 }
 
 /// The owner of a segment owns all below it, so that a part that has this owner needs no second visit.
-void ConstraintSegment2::addOwnerRecursive(ConstraintGraph2* pGraph)
+void ConstraintSegment2::addOwnerRecursive(ConstraintGraph2* pGraph, bool bBeingMade)
 {
     std::vector<ConstraintSegment2*> vWork{this};
     while (!vWork.empty()) {
         ConstraintSegment2* const pCSeg = vWork.back();
         vWork.pop_back();
-        if (!pCSeg->addOwner(pGraph) || !pCSeg->isDead()) continue;
+        if (!pCSeg->addOwner(pGraph, bBeingMade) || !pCSeg->isDead()) continue;
         vWork.insert(vWork.end(), pCSeg->aChildren, pCSeg->aChildren + 2);
     }
 }
@@ -189,7 +191,7 @@ bool ConstraintSegment2::linkChildren(Point2* pSplit)
         } else {
             bAllNew = false;
             for (const Owner* p = &owner; p != nullptr; p = p->pNext) {
-                pChild->addOwnerRecursive(p->pGraph);
+                pChild->addOwnerRecursive(p->pGraph, false);
             }
         }
         aChildren[i] = pChild;

@@ -179,7 +179,7 @@ private:
 };
 
 /// Whether each is one of these zones, or null. What isn't is not read.
-bool areOwn(const std::vector<Zone2*>& vZones, const std::vector<std::unique_ptr<Zone2>>& vOwn)
+bool areKnown(const std::vector<Zone2*>& vZones, const std::vector<std::unique_ptr<Zone2>>& vOwn)
 {
     std::vector<Zone2*> vSorted{nullptr};
     for (const std::unique_ptr<Zone2>& pZone : vOwn) {
@@ -203,7 +203,7 @@ bool failLoading(const std::string& filename, const std::string& reason)
 bool Dt2::saveInternal(const char* filename, const std::vector<Zone2*>& vSaveZones, bool bZonesOnly)
 {
     const char* const function = "Dt2::saveInternal()";
-    if (!areOwn(vSaveZones, vZones)) {
+    if (!areKnown(vSaveZones, vZones)) {
         msgWarning(function, "A zone does not belong to the triangulation, nothing is saved");
         return false;
     }
