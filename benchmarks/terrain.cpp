@@ -2,8 +2,8 @@
 //
 //     terrain [--rounds N] [--side N] [--gdal]
 //
-// Contours of a hilly grid of 708 by 708 points by default, a million triangles: contours by the index against a look
-// at every triangle, and a set of 100 heights; with --gdal, gdal_contour makes the same set from the same grid. Cut and fill
+// Contours of a hilly grid of 708 by 708 points by default, a million triangles: the triangles of 200 heights by the index
+// against a look at every triangle, their contours, and a set of 100 heights; with --gdal, gdal_contour makes the same set from the same grid. Cut and fill
 // of two hilly grids of 100, 200, 400 and 800 points a side, on the same places, shifted by half a cell, and on random
 // places, so that the growth shows.
 
@@ -13,6 +13,7 @@
 #include "CutAndFill.h"
 #include "IsoContours.h"
 #include "Lumo_2D.h"
+#include "terrain/HeightIndex.h"
 
 #include <algorithm>
 #include <cmath>
@@ -110,7 +111,21 @@ std::size_t scan(const std::vector<Triangle2*>& vT, double height)
 
 void timeLookups(std::size_t side, std::size_t rounds)
 {
-    unsigned long long found = 0, scanned = 0;
+    unsigned long long found = 0, lookedUp = 0, scanned = 0;
+    const double lookups = time(
+        rounds,
+        [side] {
+            const Ground ground(side);
+            const HeightIndex heightIndex(ground.vT);
+            return benchmarks::measureWork([&] {
+                std::size_t n = 0;
+                for (const double height : heights(200)) {
+                    heightIndex.forEachAt(height, [&n](const HeightIndex::Corners&) { return ++n > 0; });
+                }
+                return n;
+            });
+        },
+        lookedUp);
     const double index = time(
         rounds,
         [side] {
@@ -138,9 +153,10 @@ void timeLookups(std::size_t side, std::size_t rounds)
             });
         },
         scanned);
+    std::printf("200 heights, triangles by the index %8.4f s, %llu triangles\n", lookups, lookedUp);
     std::printf("200 heights, contours by the index  %8.4f s, %llu segments\n", index, found);
-    std::printf("200 heights, scan of all triangles  %8.4f s, %llu triangles, x %.1f%s\n", all, scanned, all / index,
-                found == scanned ? "" : "   DIFFERENT RESULTS");
+    std::printf("200 heights, scan of all triangles  %8.4f s, %llu triangles, x %.1f%s\n", all, scanned, all / lookups,
+                found == scanned && lookedUp == scanned ? "" : "   DIFFERENT RESULTS");
 }
 
 void writeAsciiGrid(const char* filename, std::size_t side)
