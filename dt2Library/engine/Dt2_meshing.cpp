@@ -3,6 +3,7 @@
 #include "engine/Dt2.h"
 
 #include "geometry/RoundToNearest.h"
+#include "meshing/GridMesher.h"
 #include "meshing/Refinement.h"
 #include "support/check.h"
 #include "support/messages.h"
@@ -55,7 +56,8 @@ bool areLimitsSound(const MeshGenParams& params)
 {
     return isPositive(params.minEdgeLength) && isPositive(params.maxEdgeLength) && isPositive(params.maxTriangleArea) &&
            isPositive(params.maxGuideHeightError) && !std::isnan(params.minAngleDegree) &&
-           !std::isnan(params.growthFactor) && !std::isnan(params.growthFactorMinArea) && params.gridLength >= 0.0;
+           !std::isnan(params.growthFactor) && !std::isnan(params.capAspectLimit) &&
+           !std::isnan(params.growthFactorMinArea) && params.gridLength >= 0.0;
 }
 
 } // namespace
@@ -112,7 +114,10 @@ void Dt2::refineMain3(MeshGenParams* pParams, Dt2* pGuide)
     const RoundToNearest rounding;
     Refinement refinement(*this, *pParams, pGuide);
     if (!pParams->bKeepExistingSteinerPoints) removeEarlierSteinerPoints(*pParams->pZone);
-    // A grid, if one is wanted, is laid here: the refinement works on what it leaves.
+    if (hasGrid(*pParams)) {
+        GridMesher(pParams, pGuide).run(true);
+        applyConstraintsAndZones();
+    }
     const Running running(*this, refinement);
     try {
         refinement.run();

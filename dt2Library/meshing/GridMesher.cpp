@@ -64,8 +64,8 @@ Vector2 leftNormal(const Vector2& d)
 
 } // namespace
 
-GridMesher::GridMesher(MeshGenParams* pParams_)
-    : pParams(pParams_), pZone(pParams_->pZone), dt2(*pZone->getDelaunayTriangulation()),
+GridMesher::GridMesher(MeshGenParams* pParams_, Dt2* pGuide_)
+    : pParams(pParams_), pZone(pParams_->pZone), dt2(*pZone->getDelaunayTriangulation()), pGuide(pGuide_),
       usedTargetLength(pParams_->gridLength)
 {
     LUMO_CHECK(usedTargetLength > 0.0, "usedTargetLength>0");
@@ -87,6 +87,10 @@ void GridMesher::run(bool bChopConstraints)
     std::vector<Point2*> vHandles;
     insertPoints(vPoints, vHandles);
     removeTooCloseVertices(vHandles, 0.5 * pParams->gridLength);
+    for (const Point2* pVtx : vHandles) {
+        dt2.innerVtxMgr.add(pVtx);
+    }
+    dt2.innerVtxMgr.clear();
     if (!bChopConstraints) return;
     dt2.applyConstraintsAndZones();
     chopConstraints(vStripeParts);
@@ -274,7 +278,8 @@ void GridMesher::computeGridPoints(std::vector<Point2>& vPoints, Segments& vStri
 bool GridMesher::setHeight(Point2& p) const
 {
     double z = 0.0;
-    if (!dt2.getHeight(p.x(), p.y(), z, nullptr, 0.0)) return false;
+    const bool bGuided = pGuide != nullptr && pGuide->getHeight(p.x(), p.y(), z, nullptr, 0.0);
+    if (!bGuided && !dt2.getHeight(p.x(), p.y(), z, nullptr, 0.0)) return false;
     p.setZ(z);
     return true;
 }

@@ -24,11 +24,14 @@ class Zone2;
 /// so that the mesh between the last cells and the border follows the grid, too; triangles there, which are of any shape,
 /// are left to the refinement.
 ///
+/// To the next refinement, these vertices are those of an earlier one.
+///
 /// The parameters are borrowed. Their zone must have area and constraint graphs; its area and outline stay as they are.
 class GridMesher
 {
 public:
-    explicit GridMesher(MeshGenParams* pParams_);
+    /// pGuide_ is the engine that gives the heights, null for the zone's own, which does where the guide has none.
+    GridMesher(MeshGenParams* pParams_, Dt2* pGuide_);
 
     /// Brings gridVector to length 1 in the plane. bChopConstraints tells whether constraints are split; those that the
     /// parameters lock or hold together never are. A zone narrower than a cell in one of the two directions gets no grid,
@@ -59,6 +62,7 @@ private:
     MeshGenParams* pParams;
     Zone2* pZone;
     Dt2& dt2;
+    Dt2* pGuide;
     double usedTargetLength;
     /// The two constraint vertices that are furthest apart across the direction of the stripes made last: the first one
     /// lies on the left.

@@ -203,9 +203,12 @@ bool RefCand3::isBadBySize(const RefinementLimits& limits)
 
 bool RefCand3::isBadByAngle(const RefinementLimits& limits)
 {
-    if (!limits.isTooSharp(shape) || hasSmallConstraintAngle(limits.params.minAngleDegree) || isAcrossSharpCorner()) {
-        return false;
+    double limit = limits.params.minAngleDegree;
+    if (!limits.isTooSharp(shape)) {
+        if (!limits.isCap(shape) || !isAtConstraint()) return false;
+        limit = 30.0;
     }
+    if (hasSmallConstraintAngle(limit) || isAcrossSharpCorner()) return false;
     if (limits.params.verbosity == 1) std::cout << "RefC: minAngle, current=" << getSmallestAngle() << '\n';
     reason = ANGLE;
     return true;
@@ -226,6 +229,11 @@ bool RefCand3::isBadGrowth(double factor, double minArea) const
         if (area != 0.0 && area >= minArea && area < unknown && ownArea / area > factor) return true;
     }
     return false;
+}
+
+bool RefCand3::isAtConstraint() const
+{
+    return std::any_of(aCorners, aCorners + 3, [this](const Point2* pVtx) { return dt2.isConstraint(pVtx); });
 }
 
 /// An angle between two constraints can't be cured by inserting a vertex.

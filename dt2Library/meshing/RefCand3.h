@@ -69,6 +69,7 @@ private:
     bool isBadBySize(const RefinementLimits& limits);
     bool isBadByAngle(const RefinementLimits& limits);
     bool isBadGrowth(double factor, double minArea) const;
+    bool isAtConstraint() const;
     bool hasSmallConstraintAngle(double limit) const;
     bool isAcrossSharpCorner() const;
 

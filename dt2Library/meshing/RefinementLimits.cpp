@@ -15,6 +15,9 @@ namespace ORBI_LUMO25D
 namespace
 {
 
+constexpr double infinity = std::numeric_limits<double>::infinity();
+/// The aspect of an isosceles triangle with two angles of 30 degrees: what is worse has a smaller one.
+constexpr double smallestCapLimit = 3.4642;
 constexpr double unlimited = std::numeric_limits<double>::max();
 
 double sqSineOfDegrees(double angle)
@@ -29,7 +32,8 @@ const double sqSineGoodIn2D = sqSineOfDegrees(29.5);
 } // namespace
 
 RefinementLimits::RefinementLimits(MeshGenParams& params_, Dt2* pGuide_)
-    : params(params_), pGuide(pGuide_), sqSineLimit(sqSineOfDegrees(params_.minAngleDegree))
+    : params(params_), pGuide(pGuide_), sqSineLimit(sqSineOfDegrees(params_.minAngleDegree)),
+      capLimit(hasGrid(params_) ? std::max(params_.capAspectLimit, smallestCapLimit) : infinity)
 {
     if (params.pLockedConstraints == nullptr) return;
     for (ConstraintSegment2* pCSeg : *params.pLockedConstraints) {
@@ -55,6 +59,12 @@ bool RefinementLimits::isTooLarge(const TriangleShape& shape, Triangle2* pT) con
 bool RefinementLimits::isTooSharp(const TriangleShape& shape) const
 {
     return sqSineLimit > shape.sqSineSmallest25D() && !(shape.sqSineSmallest2D() > sqSineGoodIn2D);
+}
+
+bool RefinementLimits::isCap(const TriangleShape& shape) const
+{
+    // The edge over its height, which is twice the area over the edge.
+    return capLimit != infinity && shape.maxSq2D() > capLimit * 2.0 * shape.area2D();
 }
 
 bool RefinementLimits::hasGrowthLimit() const

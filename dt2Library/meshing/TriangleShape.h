@@ -37,8 +37,10 @@ public:
 
     /// False for lengths below 1e-70 or above 1e70, the fourth powers of which are no doubles: nothing can be constructed
     /// there either.
-    bool isMeasurable() const { return std::max({aSq2D[0], aSq2D[1], aSq2D[2]}) > 1e-140 && maxSq25D() < 1e140; }
+    bool isMeasurable() const { return maxSq2D() > 1e-140 && maxSq25D() < 1e140; }
+    double maxSq2D() const { return std::max({aSq2D[0], aSq2D[1], aSq2D[2]}); }
     double maxSq25D() const { return std::max({aSq25D[0], aSq25D[1], aSq25D[2]}); }
+    double area2D() const { return 0.5 * std::sqrt(sqCross2D); }
     double area25D() const { return 0.5 * std::sqrt(sqCross25D); }
     /// Squared sine of the smallest angle: 0.75 for an equilateral triangle, 0 for one without an area.
     double sqSineSmallest25D() const { return sqSine(sqCross25D, aSq25D); }

@@ -59,7 +59,7 @@ struct Terrain
     void mesh(double length, bool bChop)
     {
         pParams->gridLength = length;
-        GridMesher(pParams.get()).run(bChop);
+        GridMesher(pParams.get(), nullptr).run(bChop);
     }
     std::string fault() const
     {
@@ -228,6 +228,38 @@ TEST(GridMesher, WhatWasThereStays)
     uncut.pParams->bAllowConstraintSplitting = false;
     uncut.mesh(3.0, true);
     EXPECT_EQ(uncut.vertices().size(), 81u + 4u);
+}
+
+TEST(GridMesher, RefinementGoesOnFromTheGridAndCanTakeItBack)
+{
+    Terrain terrain({outer, hole}, 5e6, 0.4);
+    MeshGenParams& params = *terrain.pParams;
+    params.gridLength = 3.0;
+    params.minAngleDegree = 0.0; // only caps are refined
+    params.capAspectLimit = 4.0;
+    const auto refine = [&terrain, &params] {
+        terrain.lumo.refineAdvanced(&params);
+        EXPECT_EQ(terrain.fault(), "");
+        return terrain.vertices().size();
+    };
+    const auto worstAspect = [&terrain] {
+        std::vector<Triangle2*> vT;
+        terrain.pZone->getTriangles(vT);
+        double worst = 0.0;
+        for (const Triangle2* pT : vT) {
+            for (int i = 0; i < 3; ++i) worst = std::max(worst, 0.5 * pT->getSquaredEdgeLength2D(i) / pT->getArea2D());
+        }
+        return worst;
+    };
+    const std::size_t n = refine();
+    EXPECT_GT(n, gridTwin({outer, hole}, 3.0).size());
+    EXPECT_LE(worstAspect(), 4.0);
+    EXPECT_EQ(refine(), n) << "again";
+    params.gridLength = 0.0;
+    params.bKeepExistingSteinerPoints = false;
+    refine();
+    EXPECT_EQ(terrain.innerVertices().size(), 0u);
+    EXPECT_GT(worstAspect(), 4.0);
 }
 
 TEST(GridMesher, HostileParametersGiveNoGrid)
