@@ -67,10 +67,12 @@ public:
     /// How many times the area of a neighbour a triangle's area may be; neighbours below growthFactorMinArea don't count.
     double growthFactor = std::numeric_limits<double>::max();
     double growthFactorMinArea = 0.001;
-    /// The grid: its direction, and the length of its cells; 0 for no grid.
+    /// The grid that is laid first: its direction, which is brought to length 1, and the length of its cells; no grid for 0 or
+    /// a vector without x and y. Its vertices are to the next refinement those of an earlier one.
     Vector2 gridVector;
     double gridLength = 0.0;
-    /// How many times longer than wide triangles at the grid's border may be; worse ones are refined.
+    /// How many times longer than wide, in the plane, triangles between a grid and constraints may be; worse ones are refined,
+    /// whatever minAngleDegree is. Below 3.4642, which angles of 30 degrees fulfil, it counts as that.
     double capAspectLimit = 10.0;
     /// Whether the free vertices of earlier refinements of the zone stay; else they are removed first.
     bool bKeepExistingSteinerPoints = true;
