@@ -54,7 +54,7 @@ else()
     expect_text("${version}" "^${VERSION}")
     execute_process(COMMAND ${PKG_CONFIG} --cflags --libs lumo25d OUTPUT_VARIABLE flags COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(flags UNIX_COMMAND "${flags}")
-    run(${CXX} -std=c++17 ${consumer}/main.cpp -o ${WORK}/consumer ${flags})
+    run(${CXX} -std=c++17 ${consumer}/main.cpp ${consumer}/everyName.cpp -o ${WORK}/consumer ${flags})
     run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${lib_dir} ${WORK}/consumer ${VERSION})
 
     # Directories given as absolute paths stand in the file as they are.
