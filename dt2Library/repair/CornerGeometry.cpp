@@ -143,6 +143,11 @@ Vector2 CornerGeometry::computeLaplacian() const
 /// The surface goes on along the bisector, in the tangent plane, and bends as it did so far: by half the angle phi, to the
 /// side of the Laplacian. A chord from the place whose normal nnv is to the new point would turn by the normal's turn over
 /// half its length; nnv belongs to the triangles' centres, and these lie behind the base.
+///
+/// Measured on 119 sphere holes of up to half a sphere: all patches stay within 2.3 % of the radius. With phi from the
+/// bisector b alone, about 0.45 |b * nnv|, 100 of them leave 5 % (a hole of 60 degrees by 40 %); a larger factor suits
+/// holes of one size and density only. With lengths from the corner's edges alone, fronts on planes run away in ever
+/// shorter edges.
 bool CornerGeometry::computeBend(double len, Bend& bend) const
 {
     if ((handDec + handInc).isDegenerate() || nnv.isDegenerate()) return false;

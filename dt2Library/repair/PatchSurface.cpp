@@ -35,7 +35,10 @@ std::size_t PatchSurface::addRingVertex(Point2* pVertex)
     vVertices.push_back({pVertex, {}, {}, {}});
     std::vector<Triangle2*> vIncident;
     pMesh->getIncidentTriangles(pVertex, vIncident);
-    for (const Triangle2* pT : vIncident) addFacet(vertex, pT->corner(0), pT->corner(1), pT->corner(2));
+    for (const Triangle2* pT : vIncident) {
+        addFacet(vertex, pT->corner(0), pT->corner(1), pT->corner(2));
+        if (sNearby.insert(pT).second) nearby.add({pT->corner(0), pT->corner(1), pT->corner(2)});
+    }
     return vertex;
 }
 
@@ -61,6 +64,7 @@ void PatchSurface::addTriangle(std::size_t a, std::size_t b, std::size_t c)
     LUMO_CHECK(!p2->samePoint(*p0), "!samePoint(*p2,*p0)");
     for (const std::size_t vertex : {a, b, c}) addFacet(vertex, p0, p1, p2);
     vTriangles.push_back({a, b, c});
+    nearby.add({p0, p1, p2});
 }
 
 void PatchSurface::addLink(std::size_t a, std::size_t b)

@@ -1,12 +1,15 @@
 #ifndef LUMO25D_REPAIR_PATCHSURFACE_H
 #define LUMO25D_REPAIR_PATCHSURFACE_H
 
+#include "repair/GrowingIndex.h"
+
 #include "Mesh3.h"
 #include "Point2.h"
 #include "Vector2.h"
 
 #include <array>
 #include <cstddef>
+#include <unordered_set>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -15,6 +18,11 @@ namespace ORBI_LUMO25D
 /// The unit normal of three points; null for a needle, whose normal rounding decides as much as its corners do. A needle
 /// is one whose height is no more than ten thousand roundings of its coordinates, or a billionth of its length.
 Vector2 reliableNormal(const Point2& p0, const Point2& p1, const Point2& p2);
+
+inline void addPoint(ORBI_LOCATE3::RTree::Box& box, const Point2& p)
+{
+    box.add({{p.x(), p.y(), p.z()}, {p.x(), p.y(), p.z()}});
+}
 
 /// Triangles around a vertex: their normals, their centres relative to the vertex, and what a regression needs.
 struct NormalSum
@@ -82,6 +90,13 @@ public:
             if (facet.hasCorner(pFar)) f(Facet{facet.apCorners, facet.normal, facet.centre + shift});
         }
     }
+    /// Calls f(corners) for triangles whose box shares a point with the given one: of the patch, and of the mesh where
+    /// it has a corner on the ring.
+    template <class F>
+    void forEachNear(const ORBI_LOCATE3::RTree::Box& box, const F& f) const
+    {
+        nearby.forEach(box, f);
+    }
     /// True when a and b are joined by an edge in either direction. Linear in the number of triangles at the one that
     /// has fewer.
     bool hasEdge(std::size_t a, std::size_t b) const;
@@ -98,11 +113,27 @@ private:
         std::vector<std::size_t> vLinks;
     };
 
+    /// Triangles by their corners, never dead.
+    struct Triangles
+    {
+        using Record = std::array<const Point2*, 3>;
+
+        bool isAlive(const Record&) const { return true; }
+        ORBI_LOCATE3::RTree::Box boxOf(const Record& corners) const
+        {
+            ORBI_LOCATE3::RTree::Box box = ORBI_LOCATE3::RTree::Box::nothing();
+            for (const Point2* p : corners) addPoint(box, *p);
+            return box;
+        }
+    };
+
     void addFacet(std::size_t vertex, const Point2* p0, const Point2* p1, const Point2* p2);
 
     Mesh3* pMesh;
     std::vector<Vertex> vVertices;
     std::vector<std::array<std::size_t, 3>> vTriangles;
+    GrowingIndex<Triangles> nearby{Triangles()};
+    std::unordered_set<const Triangle2*> sNearby; ///< the mesh's triangles in there
     std::size_t numNewVertices = 0;
 };
 

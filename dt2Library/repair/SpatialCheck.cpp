@@ -7,6 +7,7 @@
 #include "Segment2.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -17,6 +18,7 @@ namespace
 {
 
 using Box = ORBI_LOCATE3::RTree::Box;
+using Corners = std::array<const Point2*, 3>;
 
 /// A place closer to a triangle's side than that part of the lengths involved is on it: turning rounds.
 constexpr double onSide = 1e-9;
@@ -43,10 +45,7 @@ private:
 Box boxOf(const Point2* const* ppPoints, std::size_t num, double margin)
 {
     Box box = Box::nothing();
-    for (std::size_t i = 0; i < num; ++i) {
-        const Point2& p = *ppPoints[i];
-        box.add({{p.x(), p.y(), p.z()}, {p.x(), p.y(), p.z()}});
-    }
+    for (std::size_t i = 0; i < num; ++i) addPoint(box, *ppPoints[i]);
     for (std::size_t d = 0; d < 3; ++d) {
         box.lo[d] -= margin;
         box.hi[d] += margin;
@@ -120,6 +119,19 @@ public:
         const double hv = v * up, hw = w * up;
         return (hv >= reach && hw >= reach) || (hv <= -reach && hw <= -reach);
     }
+    /// True when a triangle doesn't reach over the plane or over one of the sides.
+    bool isBeside(const Corners& corners) const
+    {
+        const Vector2 aV[3] = {*corners[0] - origin, *corners[1] - origin, *corners[2] - origin};
+        const auto range = std::minmax({aV[0] * up, aV[1] * up, aV[2] * up});
+        if (range.first >= -margin || range.second <= margin) return true;
+        for (int i = 0; i < 3; ++i) {
+            const double inner = aOffset[i] - margin;
+            if (aV[0] * aOutward[i] >= inner && aV[1] * aOutward[i] >= inner && aV[2] * aOutward[i] >= inner)
+                return true;
+        }
+        return false;
+    }
 
 private:
     Point2 origin;
@@ -141,6 +153,32 @@ double heightDifference(const Segment2& s, const Segment2& other)
     const double t = std::clamp((wx * oy - wy * ox) / det, 0.0, 1.0);
     const double u = std::clamp((wx * dy - wy * dx) / det, 0.0, 1.0);
     return s.src.z() + t * (s.trg.z() - s.src.z()) - other.src.z() - u * (other.trg.z() - other.src.z());
+}
+
+/// The sign of the volume of three directions; 0 for what may be rounding.
+int signOfVolume(const Vector2& u, const Vector2& v, const Vector2& w)
+{
+    const double volume = crossProduct(u, v) * w, size = u.length() * v.length() * w.length();
+    return std::fabs(volume) <= onSide * size ? 0 : volume > 0.0 ? 1 : -1;
+}
+
+/// True when the segment p q goes through the inside of a triangle with which it has no corner in common.
+bool pierces(const Point2* p, const Point2* q, const Corners& t)
+{
+    if (std::find(t.begin(), t.end(), p) != t.end() || std::find(t.begin(), t.end(), q) != t.end()) return false;
+    const Vector2 u = *t[0] - *p, v = *t[1] - *p, w = *t[2] - *p, axis = *q - *p;
+    const int side = signOfVolume(u, v, w);
+    if (side == 0 || signOfVolume(*t[0] - *q, *t[1] - *q, *t[2] - *q) != -side) return false;
+    const int s = signOfVolume(axis, u, v);
+    return s != 0 && signOfVolume(axis, v, w) == s && signOfVolume(axis, w, u) == s;
+}
+
+bool cross(const Corners& s, const Corners& t)
+{
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (pierces(s[i], s[(i + 1) % 3], t) || pierces(t[i], t[(i + 1) % 3], s)) return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -187,6 +225,12 @@ int SpatialCheck::getSpatialQuality(std::size_t node) const
         }
     };
     index.forEach(front.node(node).ring, boxOf(apPoint, 3, reach), checkEdge);
+    if (quality == 0) {
+        const Corners corners{apPoint[0], apPoint[1], apPoint[2]};
+        surface.forEachNear(boxOf(apPoint, 3, 0.0), [&](const Corners& other) {
+            if (quality == 0 && !slab.isBeside(other) && cross(corners, other)) quality = 4;
+        });
+    }
     return quality;
 }
 

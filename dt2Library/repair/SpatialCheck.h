@@ -29,7 +29,8 @@ public:
     }
 
     /// Whether the triangle of a node and its neighbours may be made. 0: yes. 1 or 2: it is degenerate, or an end of an
-    /// edge of the node's ring lies in it. 3: an edge crosses it.
+    /// edge of the node's ring lies in it. 3: an edge crosses it. 4: a triangle of the patch, or of the mesh at the
+    /// border, does.
     int getSpatialQuality(std::size_t node) const;
     /// Whether the fan of new triangles from a node's previous neighbour over the tips to the next one has room: its edges
     /// cross none of the node's ring, and leave into the hole, between the node's neighbours, seen along nnv.
