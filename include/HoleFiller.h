@@ -29,9 +29,9 @@ class Mesh3;
 /// Whether the patch crosses the surface far from the hole's border is not checked.
 ///
 /// Two passes: a careful one that cuts off the sharpest corner first, adds points where the corner is open (if wished),
-/// and refuses triangles that would cross the border, the patch, or a mesh triangle at the border; and a rough one that closes the shortest gap first and finishes
-/// what the first one could not. No points are added to the outer rim of an open sheet: what continued the sheet there
-/// would never close.
+/// and refuses triangles that would cross the border, the patch or a triangle of the mesh at the border; and a rough one
+/// that closes the shortest gap first and finishes what the first one could not. No points are added to the outer rim of
+/// an open sheet: what continued the sheet there would never close.
 ///
 /// One thread at a time in the process: std::srand(0) is called at construction.
 class LUMO25D_API HoleFiller

@@ -94,9 +94,11 @@ std::string faultOfPatch(const std::vector<Segment2>& vRing, const Corners& vPat
     std::map<DirectedEdge, int> mEdgeToCount; // those of the patch, and the border's own
     for (const Segment2& s : vRing) ++mEdgeToCount[{xyz(s.src), xyz(s.trg)}];
     std::set<Facet> sFacets;
+    std::set<XYZ> sVertices;
     for (Facet t : facetsOf(vPatch)) {
         if (!hasArea(t)) return "degenerate triangle";
         for (std::size_t i = 0; i < 3; ++i) ++mEdgeToCount[{t[i], t[(i + 1) % 3]}];
+        sVertices.insert(t.begin(), t.end());
         std::sort(t.begin(), t.end());
         if (!sFacets.insert(t).second) return "triangle twice";
     }
@@ -104,6 +106,7 @@ std::string faultOfPatch(const std::vector<Segment2>& vRing, const Corners& vPat
         if (count > 1) return "edge twice, or a border edge of the wrong sense";
         if (mEdgeToCount.count({edge.second, edge.first}) == 0) return "edge without an opposite one";
     }
+    if (sVertices.size() + sFacets.size() != mEdgeToCount.size() / 2 + 1) return "not a disc";
     if (!bAddPoints && vPatch.size() / 3 + 2 != vRing.size()) return "number of triangles";
     return "";
 }
