@@ -97,7 +97,7 @@ const Grid::Matrix& Grid::getMatrix()
     for (std::size_t j = 0; j < yAxis.num; ++j) {
         for (std::size_t i = 0; i < xAxis.num; ++i) {
             const double height = heightOf(getCell(j * xAxis.num + i));
-            constexpr double largest = std::numeric_limits<float>::max();
+            constexpr auto largest = static_cast<double>(std::numeric_limits<float>::max());
             (*pNew)(i, j) = static_cast<float>(std::clamp(height, -largest, largest));
         }
     }

@@ -44,8 +44,9 @@ double coordinateAt(double a, double b, double az, double bz, double height)
     double result = a + slope * (height - az);
     if (!std::isfinite(slope) || !std::isfinite(result)) {
         // Differences beyond the largest double, or heights that almost coincide: long double has the exponents for them.
-        const long double la = a, lz = az;
-        result = static_cast<double>(la + (b - la) / (bz - lz) * (height - lz));
+        using Long = long double;
+        const Long la = Long(a), lz = Long(az);
+        result = static_cast<double>(la + (Long(b) - la) / (Long(bz) - lz) * (Long(height) - lz));
     }
     const auto [low, high] = std::minmax(a, b);
     return std::clamp(result, low, high);
