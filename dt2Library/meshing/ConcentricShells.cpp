@@ -68,7 +68,7 @@ double ConcentricShells::splitFraction(const Point2* pA, const Point2* pB) const
 
 bool ConcentricShells::isAcrossCorner(const Point2* pU, const Point2* pV) const
 {
-    if (!dt2.isConstraint(pU) || !dt2.isConstraint(pV)) return false;
+    if (!dt2.isConstraint(pU) || !dt2.isConstraint(pV) || dt2.isConstraint(pU, pV)) return false;
     return anyNeighbor(pU, [this, pU, pV](const Point2* pNearU) {
         const ConstraintSegment2* const pSegU = dt2.getConstraintSegment(pU, pNearU);
         return pSegU != nullptr && anyNeighbor(pV, [this, pU, pV, pSegU](const Point2* pNearV) {
