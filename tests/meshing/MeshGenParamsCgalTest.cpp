@@ -30,7 +30,7 @@ std::size_t numByCgal(const std::vector<Segment2>& vSegments, double angle, doub
     CGAL::Delaunay_mesher_2 mesher(t, CGAL::Delaunay_mesh_size_criteria_2<Triangulation>(sine * sine, maxEdgeLength));
     mesher.refine_mesh();
     std::size_t n = 0;
-    for (auto it = t.finite_faces_begin(); it != t.finite_faces_end(); ++it) n += it->is_in_domain() ? 1 : 0;
+    for (auto it = t.finite_faces_begin(); it != t.finite_faces_end(); ++it) n += it->is_in_domain() ? 1U : 0U;
     return n;
 }
 
