@@ -45,6 +45,8 @@ public:
     /// The triangle is bad, and something can be done about it. Computes the split info of a bad one.
     bool needRefinement(const RefinementLimits& limits);
     Reason getReason() const { return reason; }
+    /// It is long for the difference of heights alone: it stands at more than 83 degrees.
+    bool isSteep() const { return shape.maxSq25D() > 64.0 * shape.maxSq2D(); }
     /// Whether the circumcentre can be trusted.
     bool isSafe() const;
     bool isBlocked(const RefinementLimits& limits) const;

@@ -34,16 +34,20 @@ namespace
 
 constexpr int maxRounds = 50;
 
-/// How many insertions for the sake of angles are more than any sound input needs: in all, for each triangle and each time
-/// that it is twice as long as wide, and for each insertion that size has asked for.
+/// How many insertions for the sake of angles are more than any sound input needs: in all, for each triangle, for each time
+/// that one is as long as wide, and for each insertion that size has asked for. Between two borders, it takes as many cells
+/// as they fit in; at a sharp corner fewer.
 constexpr double forcedAtLeast = 1000.0;
-constexpr double forcedPerDoubling = 12.0;
+constexpr double forcedPerTriangle = 24.0;
+constexpr double forcedPerAspect = 6.0;
 constexpr double forcedPerDueToSize = 8.0;
 constexpr double forcedPerGuideTriangle = 20.0;
 
-double numDoublings(double sqSine)
+/// How many times as long as wide a triangle is, but for a factor of 2, as far as that can be cured.
+double curableAspect(const TriangleShape& shape, double minEdgeLength)
 {
-    return sqSine > 0.0 ? std::min(std::max(-0.5 * std::ilogb(sqSine), 0.0), 100.0) : 100.0;
+    const double sine = std::sqrt(shape.sqSineSmallest2D());
+    return std::min(1.0 / sine, std::sqrt(shape.maxSq2D()) / minEdgeLength);
 }
 
 double squaredDistance2D(const Point2& p, const Point2& q)
@@ -72,7 +76,7 @@ void Refinement::run()
         getInitialRefineCandidates();
         bool bChanged = false;
         if (!runRound(bChanged)) {
-            msgWarning("Dt2::refineMain3()", "The angle asks for more vertices than the input can need, giving up");
+            msgWarning("Dt2::refineMain3()", "The limits ask for more vertices than the input can need, giving up");
             break;
         }
         if (!bChanged || !bLookAgain) break;
@@ -89,7 +93,7 @@ void Refinement::getInitialRefineCandidates()
     double numForcedAtMost = forcedAtLeast;
     for (Triangle2* pT : vT) {
         const TriangleShape shape(*pT);
-        numForcedAtMost += forcedPerDoubling * (1.0 + numDoublings(shape.sqSineSmallest2D()));
+        numForcedAtMost += forcedPerTriangle + forcedPerAspect * curableAspect(shape, limits.params.minEdgeLength);
         if (bAllAreCandidates || limits.isBad(shape, pT)) vBad.emplace_back(dt2.poolTriangles.indexOf(pT), pT);
     }
     if (limits.hasHeightLimit()) {
@@ -142,7 +146,9 @@ bool Refinement::runRound(bool& bChanged)
         bChanged = true;
         // A split may leave it as it was.
         if (entry.isAlive()) addRefCand(entry.pT);
-        numForcedLeft += candidate.getReason() == RefCand3::SIZE ? forcedPerDueToSize : -1.0;
+        // Where heights jump, as between a constraint and a guide that runs above it, nothing ever gets short enough.
+        const bool bForced = candidate.getReason() != RefCand3::SIZE || candidate.isSteep();
+        numForcedLeft += bForced ? -1.0 : forcedPerDueToSize;
         if (numForcedLeft < 0.0) return false;
     }
     return true;
@@ -276,8 +282,9 @@ void Refinement::addRefCandsAround(Point2* pSplit, const Point2* pSrc, Point2* p
 }
 
 /// A point on edge ith, but for rounding, that a split doesn't turn a triangle on either side over with. The neighbouring
-/// doubles are tried as well; if none is strictly on the inner side of all other edges, one that is on such an edge does:
-/// it goes the way of a point beyond.
+/// doubles are tried as well; if none is strictly on the inner side of all other edges, one that is on such an edge does, and
+/// if there is none either, one that pT alone allows: earlier splits leave triangles without a width behind a straight
+/// border. Such points are inserted like any others, and the parts of the segment established anew.
 bool Refinement::getSplitPoint(const Triangle2* pT, int ith, Point2& splitPoint) const
 {
     const Point2& a = *pT->corner(L::next(ith));
@@ -301,20 +308,22 @@ bool Refinement::getSplitPoint(const Triangle2* pT, int ith, Point2& splitPoint)
         }
         return true;
     };
-    for (const bool bStrictly : {true, false}) {
-        for (int k = 0; k <= (bStrictly ? 2 : 4); ++k) {
+    const auto find = [&](int maxSteps, bool bStrictly, bool bBothSides) {
+        for (int k = 0; k <= maxSteps; ++k) {
             for (const int fx : {0, -1, 1}) {
                 for (const int fy : {0, -1, 1}) {
                     const Point2 p(ideal.x() + fx * k * ux, ideal.y() + fy * k * uy, ideal.z());
                     if (p == a || p == b || !isInside(pT, ith, p, bStrictly)) continue;
-                    if (pN != nullptr && !isInside(pN, L::indexOf(pN, pT), p, bStrictly)) continue;
+                    if (bBothSides && !isInside(pN, L::indexOf(pN, pT), p, bStrictly)) continue;
                     splitPoint = p;
                     return true;
                 }
             }
         }
-    }
-    return false;
+        return false;
+    };
+    const bool bBothSides = pN != nullptr;
+    return find(2, true, bBothSides) || find(4, false, bBothSides) || (bBothSides && find(2, true, false));
 }
 
 // ---- the end ----------------------------------------------------------------------------------------------------------

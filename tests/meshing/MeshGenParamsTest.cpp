@@ -125,6 +125,13 @@ std::vector<Shape> shapes()
     addRing(v.back().vSegments, {{4, 4, 0}, {4, 6, 0}, {6.5, 6, 0}, {5, 5.5, 0}});
     v.back().vSharp = {{6.5, 6, 0}};
     v.push_back({"wedge", ring({{0, 0, 0}, {10, 0, 0}, {10, 1, 0}}), {{0, 0, 0}}, 10});
+    // Rounded corners on the hull: splits leave triangles without a width behind the sides.
+    const double along[2] = {10 * std::cos(0.7), 10 * std::sin(0.7)}, across[2] = {-along[1] / 1200, along[0] / 1200};
+    v.push_back({"strip", {}, {}, 15000});
+    v.back().vSegments = ring({{0, 0, 0},
+                               {along[0], along[1], 0},
+                               {along[0] + across[0], along[1] + across[1], 0},
+                               {across[0], across[1], 0}});
     v.push_back({"comb", {}, {}, 600});
     std::vector<Point2> vComb{{0, -3, 0}, {20, -3, 0}};
     for (int i = 10; i > 0; --i) {
