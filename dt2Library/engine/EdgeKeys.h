@@ -35,6 +35,8 @@ public:
         vKeys.erase(std::unique(vKeys.begin(), vKeys.end()), vKeys.end());
     }
 
+    /// 1 for an end of some key, else 0.
+    int isEnd(std::int32_t vertex) const { return vIsEnd[static_cast<std::size_t>(vertex)]; }
     std::size_t size() const { return vKeys.size(); }
     std::int32_t src(std::size_t i) const { return static_cast<std::int32_t>(vKeys[i] >> 32); }
     std::int32_t trg(std::size_t i) const { return static_cast<std::int32_t>(vKeys[i] & 0xFFFFFFFFU); }

@@ -111,17 +111,18 @@ bool TriangulationLoader::turnCounterclockwise()
 
 bool TriangulationLoader::useAllVertices()
 {
-    std::vector<bool> vUsed(saved.vVertices.size(), false);
+    std::vector<char> vUsed(saved.vVertices.size(), 0);
     for (const Index i : saved.vTriangles) {
-        vUsed[static_cast<std::size_t>(i)] = true;
+        vUsed[static_cast<std::size_t>(i)] = 1;
     }
-    return std::find(vUsed.begin(), vUsed.end(), false) == vUsed.end() || fail("a vertex has no triangle");
+    return std::find(vUsed.begin(), vUsed.end(), 0) == vUsed.end() || fail("a vertex has no triangle");
 }
 
 namespace
 {
 
-// The side of a triangle, kept with the lower of its ends: the other end, the triangle and the corner across from it.
+// A side that is walked from the lower of its ends to the higher one, kept with the lower: the other end, the triangle and
+// the corner across from it.
 std::uint64_t packSide(std::int32_t other, std::size_t t, std::size_t i)
 {
     return std::uint64_t(static_cast<std::uint32_t>(other)) << 33 | std::uint64_t(t) << 2 | i;
@@ -131,66 +132,80 @@ std::uint64_t otherEnd(std::uint64_t side)
 {
     return side >> 33;
 }
-std::size_t triangleOf(std::uint64_t side)
+std::size_t placeOf(std::uint64_t side)
 {
-    return static_cast<std::size_t>(side >> 2 & 0x7FFFFFFFU);
+    return 3 * static_cast<std::size_t>(side >> 2 & 0x7FFFFFFFU) + static_cast<std::size_t>(side & 3U);
 }
-std::size_t cornerAcross(std::uint64_t side)
+
+/// More sides than this at one vertex are sorted.
+constexpr std::ptrdiff_t manySides = 24;
+
+/// The first side of a bucket with that other end, or the bucket's end.
+const std::uint64_t* findSide(const std::uint64_t* pFirst, const std::uint64_t* pEnd, std::uint64_t other)
 {
-    return static_cast<std::size_t>(side & 3U);
+    if (pEnd - pFirst > manySides) {
+        pFirst = std::lower_bound(pFirst, pEnd, other,
+                                  [](std::uint64_t side, std::uint64_t value) { return otherEnd(side) < value; });
+        return pFirst != pEnd && otherEnd(*pFirst) == other ? pFirst : pEnd;
+    }
+    while (pFirst != pEnd && otherEnd(*pFirst) != other) {
+        ++pFirst;
+    }
+    return pFirst;
 }
 
 } // namespace
 
-/// Finds the triangles that share an edge: a counting sort by the lower end brings the sides of one vertex together.
+/// Finds the triangles that share an edge: one of them walks it upwards, from its lower number to its higher one, the other
+/// downwards. A counting sort brings the upward sides of one vertex together, among which the downward ones are looked up.
+/// Of several equal upward sides one at most gets a neighbour; the others count as border, which isn't sound then.
 bool TriangulationLoader::linkTriangles()
 {
-    const std::size_t numSides = saved.vTriangles.size();
     std::vector<std::size_t> vStarts(saved.vVertices.size() + 1, 0);
     const auto forEachSide = [this](const auto& f) {
         for (std::size_t t = 0; t < numTriangles(); ++t) {
-            for (std::size_t i = 0; i < 3; ++i) {
-                const Index a = cornerOf(t, next(i));
-                const Index b = cornerOf(t, next(next(i)));
-                f(static_cast<std::size_t>(std::min(a, b)), std::max(a, b), t, i);
-            }
+            const Index* const c = &saved.vTriangles[3 * t];
+            f(c[1], c[2], t, 0);
+            f(c[2], c[0], t, 1);
+            f(c[0], c[1], t, 2);
         }
     };
-    forEachSide([&vStarts](std::size_t low, Index, std::size_t, std::size_t) { ++vStarts[low]; });
+    forEachSide([&vStarts](Index src, Index trg, std::size_t, std::size_t) {
+        vStarts[static_cast<std::size_t>(src)] += src < trg ? 1U : 0U;
+    });
     std::size_t sum = 0;
     for (std::size_t& start : vStarts) {
         sum += start;
         start = sum; // the end, from which the bucket is filled down to its start
     }
-    std::vector<std::uint64_t> vSides(numSides);
-    forEachSide([&](std::size_t low, Index high, std::size_t t, std::size_t i) {
-        vSides[--vStarts[low]] = packSide(high, t, i);
+    // Of huge pages, as the pools: what is filled at random would otherwise be spent on faults.
+    const BlockMemory memory(std::max<std::size_t>(1, sum) * sizeof(std::uint64_t));
+    neighborMemory = BlockMemory(saved.vTriangles.size() * sizeof(std::uint32_t));
+    if (memory.data() == nullptr || neighborMemory.data() == nullptr) throw std::bad_alloc();
+    std::uint64_t* const aSides = reinterpret_cast<std::uint64_t*>(memory.data());
+    aNeighbors = reinterpret_cast<std::uint32_t*>(neighborMemory.data());
+    std::fill_n(aNeighbors, numSides(), noNeighbor);
+    forEachSide([&](Index src, Index trg, std::size_t t, std::size_t i) {
+        if (src < trg) aSides[--vStarts[static_cast<std::size_t>(src)]] = packSide(trg, t, i);
     });
-    vNeighbors.assign(numSides, noNeighbor);
-    for (std::size_t low = 0; low + 1 < vStarts.size(); ++low) {
-        if (!linkBucket(vSides.data() + vStarts[low], vSides.data() + vStarts[low + 1])) {
-            return fail("two triangles lie on one side of an edge");
-        }
+    for (std::size_t i = 0; i + 1 < vStarts.size(); ++i) {
+        std::uint64_t* const pFirst = aSides + vStarts[i];
+        std::uint64_t* const pEnd = aSides + vStarts[i + 1];
+        if (pEnd - pFirst > manySides) std::sort(pFirst, pEnd);
     }
-    return true;
-}
-
-/// The sides that have their lower end in common. False when more than two have both ends in common, or two that don't go
-/// opposite ways.
-bool TriangulationLoader::linkBucket(std::uint64_t* pFirst, std::uint64_t* pEnd)
-{
-    std::sort(pFirst, pEnd);
-    for (const std::uint64_t* p = pFirst; p != pEnd; ++p) {
-        if (p + 1 == pEnd || otherEnd(p[0]) != otherEnd(p[1])) continue;
-        if (p + 2 != pEnd && otherEnd(p[1]) == otherEnd(p[2])) return false;
-        const std::size_t t0 = triangleOf(p[0]), i0 = cornerAcross(p[0]);
-        const std::size_t t1 = triangleOf(p[1]), i1 = cornerAcross(p[1]);
-        if (cornerOf(t0, next(i0)) == cornerOf(t1, next(i1))) return false;
-        vNeighbors[3 * t0 + i0] = static_cast<std::uint32_t>(t1);
-        vNeighbors[3 * t1 + i1] = static_cast<std::uint32_t>(t0);
-        ++p;
-    }
-    return true;
+    bool bOnce = true;
+    forEachSide([&](Index src, Index trg, std::size_t t, std::size_t i) {
+        if (src < trg) return;
+        const auto low = static_cast<std::size_t>(trg);
+        const std::uint64_t* const pEnd = aSides + vStarts[low + 1];
+        const std::uint64_t* const p = findSide(aSides + vStarts[low], pEnd, static_cast<std::uint64_t>(src));
+        if (p == pEnd) return;
+        const std::size_t place = placeOf(*p);
+        bOnce = bOnce && aNeighbors[place] == noNeighbor;
+        aNeighbors[place] = static_cast<std::uint32_t>(t);
+        aNeighbors[3 * t + i] = static_cast<std::uint32_t>(place / 3);
+    });
+    return bOnce || fail("two triangles lie on one side of an edge");
 }
 
 // ---- the border -----------------------------------------------------------------------------------------------------
@@ -198,8 +213,8 @@ bool TriangulationLoader::linkBucket(std::uint64_t* pFirst, std::uint64_t* pEnd)
 template <class F>
 void TriangulationLoader::forEachBorderEdge(const F& f) const
 {
-    for (std::size_t side = 0; side < vNeighbors.size(); ++side) {
-        if (vNeighbors[side] != noNeighbor) continue;
+    for (std::size_t side = 0; side < numSides(); ++side) {
+        if (aNeighbors[side] != noNeighbor) continue;
         const std::size_t t = side / 3;
         const std::size_t i = next(side % 3);
         f(cornerOf(t, i), cornerOf(t, next(i)));
@@ -280,15 +295,18 @@ std::size_t TriangulationLoader::countStanding(const EdgeKeys& keys, bool bDirec
 {
     if (keys.size() == 0) return 0;
     std::size_t num = 0;
-    for (std::size_t side = 0; side < vNeighbors.size(); ++side) {
-        const std::size_t t = side / 3;
-        const std::size_t i = next(side % 3);
-        const Index src = cornerOf(t, i);
-        const Index trg = cornerOf(t, next(i));
-        if (bDirected) {
-            num += keys.find(src, trg) != EdgeKeys::none ? 1U : 0U;
-        } else if (src < trg || vNeighbors[side] == noNeighbor) {
-            num += keys.findUndirected(src, trg) != EdgeKeys::none ? 1U : 0U;
+    for (std::size_t t = 0; t < numTriangles(); ++t) {
+        const Index* const c = &saved.vTriangles[3 * t];
+        const int numEnds = keys.isEnd(c[0]) + keys.isEnd(c[1]) + keys.isEnd(c[2]);
+        if (numEnds < 2) continue;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const Index src = c[next(i)];
+            const Index trg = c[next(next(i))];
+            if (bDirected) {
+                num += keys.find(src, trg) != EdgeKeys::none ? 1U : 0U;
+            } else if (src < trg || aNeighbors[3 * t + i] == noNeighbor) {
+                num += keys.findUndirected(src, trg) != EdgeKeys::none ? 1U : 0U;
+            }
         }
     }
     return num;
@@ -367,7 +385,7 @@ std::vector<Point2*> TriangulationLoader::buildMesh(Dt2& dt2) const
     if (saved.vTriangles.empty()) return vVertices;
     Triangle2* const aTriangles = dt2.poolTriangles.allocRange(numTriangles());
     const auto neighbor = [&](std::size_t side) {
-        return vNeighbors[side] == noNeighbor ? nullptr : aTriangles + vNeighbors[side];
+        return aNeighbors[side] == noNeighbor ? nullptr : aTriangles + aNeighbors[side];
     };
     for (std::size_t t = 0; t < numTriangles(); ++t) {
         Triangle2* const pT = new (aTriangles + t) Triangle2();

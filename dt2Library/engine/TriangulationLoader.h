@@ -1,6 +1,7 @@
 #ifndef LUMO25D_ENGINE_TRIANGULATIONLOADER_H
 #define LUMO25D_ENGINE_TRIANGULATIONLOADER_H
 
+#include "orbi_tools/BlockMemory.h"
 #include "output/triangulationFile.h"
 
 #include <cstddef>
@@ -53,7 +54,6 @@ private:
     bool turnCounterclockwise();
     bool useAllVertices();
     bool linkTriangles();
-    bool linkBucket(std::uint64_t* pFirst, std::uint64_t* pEnd);
     bool isConvexBorder() const;
     bool fillGaps();
     std::size_t countStanding(const EdgeKeys& keys, bool bDirected) const;
@@ -64,6 +64,7 @@ private:
     std::vector<Point2*> buildMesh(Dt2& dt2) const;
 
     std::size_t numTriangles() const { return saved.vTriangles.size() / 3; }
+    std::size_t numSides() const { return saved.vTriangles.size(); }
     Index cornerOf(std::size_t t, std::size_t i) const { return saved.vTriangles[3 * t + i]; }
     /// Calls f(src, trg) for each edge without a neighbour.
     template <class F>
@@ -72,7 +73,8 @@ private:
     static constexpr std::uint32_t noNeighbor = 0xFFFFFFFFU;
 
     SavedTriangulation& saved;
-    std::vector<std::uint32_t> vNeighbors; ///< triangle across from each corner
+    BlockMemory neighborMemory;
+    std::uint32_t* aNeighbors = nullptr; ///< triangle across from each corner
     std::string error;
 };
 

@@ -359,6 +359,10 @@ TEST(Load, RefusesWhatIsNoTriangulation)
          }},
         {"one side",
          [](FileContent& c) {
+             c.vTriangles.push_back({0, 1, 2});
+         }},
+        {"overlap",
+         [](FileContent& c) {
              c.vTriangles.push_back({0, 1, 3});
          }},
         {"has no triangle",
