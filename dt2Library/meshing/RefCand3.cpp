@@ -158,7 +158,8 @@ bool RefCand3::isSafe() const
     if (bCircumcenterAccurate || splitIndex < 0) return true;
     const int maxIdx = pTriangle->getMaxIndex();
     if (!dt2.isConstraint(pTriangle, maxIdx)) return false;
-    if (getOrientation2_mt(aCorners[L::next(maxIdx)], aCorners[L::prev(maxIdx)], &circumcenter) == ORIENTATION2_CW) {
+    // It belongs behind that edge.
+    if (getOrientation2_mt(aCorners[L::next(maxIdx)], aCorners[L::prev(maxIdx)], &circumcenter) == ORIENTATION2_CCW) {
         return false;
     }
     if (splitIndex == maxIdx) return true;

@@ -260,6 +260,15 @@ TEST(MeshGenParamsTest, NoVertexComesCloserThanMinEdgeLength)
     EXPECT_GT(d.numPoints(), 60U);
 }
 
+TEST(MeshGenParamsTest, TrianglesTooFlatForTheirCircleAreCutToLength)
+{
+    Domain d(
+        ring({{0, 0, 0}, {8990.7651665136109, 4377.9152253790262, 0}, {4329.5451821952993, 2108.2057869711111, 0}}));
+    d.lumo.refine(d.pZone, 27, 0.25, 2.0, true);
+    for (const Triangle2* pT : d.triangles()) EXPECT_LE(longestEdge(*pT), 2.0);
+    EXPECT_EQ(d.fault(), "");
+}
+
 TEST(MeshGenParamsTest, FreeVerticesInTheCircleOfASplitSegmentGo)
 {
     Domain d(square(10));
