@@ -269,8 +269,8 @@ public:
 
     // ---- saved states -------------------------------------------------------------------------------------------
 
-    /// Saves the triangulation in a binary file, with zones of it: load() restores it as it is, every edge included, in a
-    /// fraction of the time that triangulating takes. The zones are restored as insides of their present borders, whatever
+    /// Saves the triangulation in a binary file, with zones of it: load() restores it as it is, every edge included,
+    /// without any Delaunay work. The zones are restored as insides of their present borders, whatever
     /// their kind; NULL stands for an empty one. Constraints that wait are applied first, so that this may change the
     /// triangulation; what can't be made an edge is left out with a warning. Not saved are dead constraints, strategies, and
     /// which constraints belong to one graph. False, with a message, when the file can't be written, for a zone of another
