@@ -48,6 +48,7 @@ Composer::Composer(std::uint64_t seed, Repertoire repertoire_) : dice(seed), rep
     step = field.step;
     offset = field.offset;
     size = field.size;
+    if (repertoire == MANY_POINTS && step < 1e307) size *= 60;
     if (repertoire == EVERYTHING && dice.below(4) == 0) vReal = pieceOfTerrain(dice);
 }
 
@@ -102,10 +103,11 @@ Operation Composer::operation()
     static const std::vector<O::Kind> vFurther = {O::ZONE,  O::ZONE,  O::ZONE,   O::BOOLEAN, O::BOUNDED, O::CUT,
                                                   O::KNIFE, O::DRAPE, O::REFINE, O::SAVE,    O::VECTOR,  O::VECTOR};
     Operation op;
-    op.kind = dice.of(repertoire == EVERYTHING && dice.below(2) == 0 ? vFurther : vBasic);
+    op.kind = dice.of(repertoire != VERTICES_AND_CONSTRAINTS && dice.below(2) == 0 ? vFurther : vBasic);
     if (op.kind <= O::THREADED) {
-        const bool bMany = op.kind == O::THREADED && dice.below(10) == 0; // enough for several threads
-        op.vPoints = points(op.kind == O::INSERT ? 1 + dice.below(3) : dice.below(25) + (bMany ? 1000 : 0));
+        const bool bMany = op.kind == O::THREADED && (repertoire == MANY_POINTS || dice.below(10) == 0);
+        const int many = 1000 + (repertoire == MANY_POINTS ? dice.below(12000) : 0);
+        op.vPoints = points(op.kind == O::INSERT ? 1 + dice.below(3) : dice.below(25) + (bMany ? many : 0));
     }
     if (op.kind >= O::CONSTRAINT && op.kind <= O::SPLIT) op.vPoints = points(2 * (1 + dice.below(3)));
     if (op.kind == O::ZONE) op.vPoints = points(3 + dice.below(4));

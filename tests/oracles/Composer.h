@@ -18,7 +18,8 @@ public:
     enum Repertoire
     {
         VERTICES_AND_CONSTRAINTS,
-        EVERYTHING
+        EVERYTHING,
+        MANY_POINTS ///< everything, with insertions large enough for several threads
     };
 
     /// Draws the field first: small integer grids make every degeneracy likely; others are nearly in general position, at a

@@ -11,6 +11,7 @@
 #include "Vector2.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -279,7 +280,8 @@ void Runner::refine()
 
 void Runner::saveAndLoad() const
 {
-    const std::string name = "sequence" + std::to_string(getpid());
+    static std::atomic<unsigned> number{0}; // sequences may run side by side
+    const std::string name = "sequence" + std::to_string(getpid()) + "_" + std::to_string(number++);
     const std::string first = name + "a.bin", second = name + "b.bin";
     std::vector<Zone2*> vZones, vLoaded;
     zones.getZones(vZones);
