@@ -146,8 +146,8 @@ LUMO25D_API void shear(std::vector<Segment2>& vSegments, double factor);
 
 /// A stopwatch with a name. The first call with a name starts it and returns -1.0; the next one stops it, forgets the
 /// name and returns the seconds between. Both print a line, unless the name begins with "[quiet]". A printing stop
-/// leaves the standard output in fixed notation with precision 6. One process-wide map holds the names: for one thread
-/// only. A NULL name is warned about and gives -1.0.
+/// leaves the standard output in fixed notation with precision 6. One process-wide map holds the names, which threads
+/// should not share. A NULL name is warned about and gives -1.0.
 LUMO25D_API double timer(const char* name);
 
 /// "Lumo 2.5D, DEBUG, v1.86.557"; the text lives as long as the process.

@@ -112,19 +112,6 @@ private:
     std::size_t count = 0;
 };
 
-/// Mutes the publisher for its scope.
-class Suppressed
-{
-public:
-    explicit Suppressed(Progress& progress_) : progress(progress_) { progress.suppress(); }
-    ~Suppressed() { progress.unsuppress(); }
-    Suppressed(const Suppressed&) = delete;
-    Suppressed& operator=(const Suppressed&) = delete;
-
-private:
-    Progress& progress;
-};
-
 /// The vertices of both ends of each segment, inserted in one go.
 std::vector<ConstraintMgr::VertexPair> insertEnds(Dt2& dt2, const std::vector<Segment2>& vSegments)
 {
@@ -140,7 +127,7 @@ std::vector<ConstraintMgr::VertexPair> insertEnds(Dt2& dt2, const std::vector<Se
     }
     std::vector<Point2*> vHandles;
     {
-        const Suppressed suppressed(dt2.progress);
+        const Progress::Muted muted(dt2.progress);
         dt2.insertVector(vPoints, &vHandles);
     }
     LUMO_CHECK(vPoints.size() == vHandles.size(), "vPoints.size()==vHandles.size()");
@@ -285,7 +272,7 @@ void ConstraintMgr::establish(const std::vector<ConstraintSegment2*>& vCSegs)
     Stepper done(pDt->progress, vCSegs.size());
     for (ConstraintSegment2* pCSeg : vCSegs) {
         {
-            const Suppressed suppressed(pDt->progress);
+            const Progress::Muted muted(pDt->progress);
             if (!applyOne(pCSeg)) reportExhausted();
         }
         done();
@@ -331,7 +318,7 @@ bool ConstraintMgr::applyRound(const std::vector<ConstraintSegment2*>& vCSegs, b
     for (ConstraintSegment2* pCSeg : vCSegs) {
         pDt->progress.step(1);
         if (pCSeg->isAlive()) {
-            const Suppressed suppressed(pDt->progress);
+            const Progress::Muted muted(pDt->progress);
             if (!applyOne(pCSeg)) return false;
         }
         if (pCSeg->isAlive()) continue;

@@ -1,8 +1,7 @@
 #include "core/InnerVtxMgr.h"
 
 #include "engine/Dt2.h"
-
-#include "TriangleAroundVertexIterator.h"
+#include "geometry/aroundVertex.h"
 
 namespace ORBI_LUMO25D
 {
@@ -47,17 +46,13 @@ const std::vector<Point2*>& InnerVtxMgr::removePreviouslyInsertedVertices(Dt2& d
     sVisited.insert(pCenter);
     vWork.assign(1, pCenter);
     while (!vWork.empty()) {
-        TriangleAroundVertexIterator it(vWork.back());
-        const TriangleAroundVertexIterator itStart(it);
+        const Point2* const pVtx = vWork.back();
         vWork.pop_back();
-        do {
-            if (const Triangle2* const pT = *it) {
-                for (int i = 0; i < 3; ++i) {
-                    collectWithin(*pCenter, sqRadius, pT->corner(i));
-                }
+        forEachTriangleAround(pVtx, [&](const Triangle2* pT) {
+            for (int i = 0; i < 3; ++i) {
+                collectWithin(*pCenter, sqRadius, pT->corner(i));
             }
-            ++it;
-        } while (it != itStart);
+        });
     }
     for (Point2* pVtx : vInside) {
         forget(pVtx);

@@ -5,10 +5,9 @@
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/aroundVertex.h"
 #include "geometry/numericTools.h"
 #include "geometry/snapping.h"
-
-#include "TriangleAroundVertexIterator.h"
 
 #include <cmath>
 
@@ -78,21 +77,10 @@ bool ConstraintInserter::hasAcuteNeighbor(const Point2* pVtx, const Point2* pEnd
 {
     const double dx = pEnd->x() - pVtx->x();
     const double dy = pEnd->y() - pVtx->y();
-    const auto isAcute = [&](const Point2* p) {
+    return anyNeighborOf(pVtx, [&](const Point2* p) {
         if (p == pEnd || dx * (p->x() - pVtx->x()) + dy * (p->y() - pVtx->y()) <= 0.0) return false;
         return manager.isConstraint(pVtx, p);
-    };
-    TriangleAroundVertexIterator it(pVtx);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        const Triangle2* const pT = *it;
-        if (pT != nullptr) {
-            const int i = L::indexOf(pT, pVtx);
-            if (isAcute(pT->corner(L::next(i))) || isAcute(pT->corner(L::prev(i)))) return true;
-        }
-        ++it;
-    } while (it != itStart);
-    return false;
+    });
 }
 
 } // namespace ORBI_LUMO25D

@@ -6,10 +6,9 @@
 #include "core/MeshSurgery.h"
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/aroundVertex.h"
 #include "geometry/snapping.h"
 #include "support/check.h"
-
-#include "TriangleAroundVertexIterator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -185,25 +184,15 @@ Point2* ConstraintInserter::sharedSplit(Point2* pVtx) const
 Point2* ConstraintInserter::nextOnTrack(const Point2* pVtx) const
 {
     const bool bAscending = *track.a < *track.b;
-    const auto isAhead = [this, pVtx, bAscending](const Point2* p) {
+    if (orbiTest.orientationInRange(track.a, track.b, pVtx) != ORIENTATION2_COLLINEAR) return nullptr;
+    Point2* pAhead = nullptr;
+    anyNeighborOf(pVtx, [&](Point2* p) {
         const bool bBehind = bAscending ? *pVtx < *p : *p < *pVtx;
         const bool bBeforeEnd = bAscending ? *p < *track.b : *track.b < *p;
-        return bBehind && bBeforeEnd && sideOf(p) == OnTheLine;
-    };
-    if (orbiTest.orientationInRange(track.a, track.b, pVtx) != ORIENTATION2_COLLINEAR) return nullptr;
-    TriangleAroundVertexIterator it(pVtx);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        const Triangle2* const pT = *it;
-        if (pT != nullptr) {
-            const int i = L::indexOf(pT, pVtx);
-            for (Point2* p : {pT->corner(L::next(i)), pT->corner(L::prev(i))}) {
-                if (isAhead(p)) return p;
-            }
-        }
-        ++it;
-    } while (it != itStart);
-    return nullptr;
+        if (bBehind && bBeforeEnd && sideOf(p) == OnTheLine) pAhead = p;
+        return pAhead != nullptr;
+    });
+    return pAhead;
 }
 
 bool ConstraintInserter::isEdge(Point2* pA, Point2* pB) const

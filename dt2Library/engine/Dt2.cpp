@@ -333,13 +333,12 @@ void Dt2::giveUpBulk()
 void Dt2::insertWaitingConstraintEnds()
 {
     if (!bFullDimensional || pConstraintMgr->empty()) return;
-    progress.suppress();
+    const Progress::Muted muted(progress);
     for (const IdxVtxAct* pItem = vertexVault.begin(); pItem != vertexVault.end(); ++pItem) {
         Point2* pVtx = pItem->pVtx;
         if (!pItem->bActive || pVtx->getIncidentTriangle() != nullptr) continue;
         if (pConstraintMgr->isConstraintVertex(pVtx)) insertOneVertex(&pVtx, vertexVault.getCloseTriangle(pItem->idx));
     }
-    progress.unsuppress();
 }
 
 void Dt2::insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles)

@@ -165,19 +165,6 @@ bool Dt2::importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNe
 namespace
 {
 
-/// Mutes a publisher for its scope.
-class Muted
-{
-public:
-    explicit Muted(Progress& progress_) : progress(progress_) { progress.suppress(); }
-    ~Muted() { progress.unsuppress(); }
-    Muted(const Muted&) = delete;
-    Muted& operator=(const Muted&) = delete;
-
-private:
-    Progress& progress;
-};
-
 /// Whether each is one of these zones, or null. What isn't is not read.
 bool areKnown(const std::vector<Zone2*>& vZones, const std::vector<std::unique_ptr<Zone2>>& vOwn)
 {
@@ -251,7 +238,7 @@ bool Dt2::load(const char* filename, std::vector<Zone2*>& vZones_)
     progress.step(1);
     {
         // A subscriber may throw: none is called while there is but a part of the triangulation.
-        const Muted muted(progress);
+        const Progress::Muted muted(progress);
         std::vector<Zone2*> vLoaded;
         loader.build(*this, vLoaded);
         vZones_.insert(vZones_.end(), vLoaded.begin(), vLoaded.end());

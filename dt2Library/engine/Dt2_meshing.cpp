@@ -30,21 +30,14 @@ public:
 class Running
 {
 public:
-    Running(Dt2& dt2_, Refinement& refinement_) : dt2(dt2_)
-    {
-        dt2.pRefinement = &refinement_;
-        dt2.progress.suppress();
-    }
-    ~Running()
-    {
-        dt2.progress.unsuppress();
-        dt2.pRefinement = nullptr;
-    }
+    Running(Dt2& dt2_, Refinement& refinement_) : dt2(dt2_), muted(dt2_.progress) { dt2.pRefinement = &refinement_; }
+    ~Running() { dt2.pRefinement = nullptr; }
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
 
 private:
     Dt2& dt2;
+    const Progress::Muted muted;
 };
 
 bool isPositive(double limit)

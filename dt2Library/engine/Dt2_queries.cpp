@@ -4,11 +4,11 @@
 
 #include "geometry/RoundToNearest.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/aroundVertex.h"
 #include "geometry/exactSums.h"
 #include "support/check.h"
 #include "support/messages.h"
 
-#include "TriangleAroundVertexIterator.h"
 #include "Vector2.h"
 
 #include <algorithm>
@@ -207,36 +207,27 @@ Triangle2* Dt2::getAdjacentTriangle(Point2* p0, Point2* p1) const
     LUMO_CHECK(p0 != nullptr, "p0!=0");
     LUMO_CHECK(p1 != nullptr, "p1!=0");
     LUMO_CHECK(p0 != p1, "p0!=p1");
-    TriangleAroundVertexIterator it(p0);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        Triangle2* const pT = *it;
-        if (pT != nullptr && pT->corner(L::next(L::indexOf(pT, p0))) == p1) return pT;
-        ++it;
-    } while (it != itStart);
-    return nullptr;
+    Triangle2* pFound = nullptr;
+    anyTriangleAround(p0, [p0, p1, &pFound](Triangle2* pT) {
+        if (pT->corner(L::next(L::indexOf(pT, p0))) == p1) pFound = pT;
+        return pFound != nullptr;
+    });
+    return pFound;
 }
 
 void Dt2::getIncidentTriangles(const Point2* pVtx, std::vector<Triangle2*>& vT) const
 {
-    TriangleAroundVertexIterator it(pVtx);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        if (*it != nullptr) vT.push_back(*it);
-        ++it;
-    } while (it != itStart);
+    forEachTriangleAround(pVtx, [&vT](Triangle2* pT) { vT.push_back(pT); });
 }
 
 void Dt2::getIncidentVertices(const Point2* pVtx, std::vector<Point2*>& vVtx) const
 {
-    std::vector<Triangle2*> vT;
-    getIncidentTriangles(pVtx, vT);
     std::vector<Point2*> vFound;
-    for (const Triangle2* pT : vT) {
+    forEachTriangleAround(pVtx, [pVtx, &vFound](const Triangle2* pT) {
         const int i = L::indexOf(pT, pVtx);
         vFound.push_back(pT->corner(L::next(i)));
         vFound.push_back(pT->corner(L::prev(i)));
-    }
+    });
     std::sort(vFound.begin(), vFound.end(), std::less<Point2*>());
     vFound.erase(std::unique(vFound.begin(), vFound.end()), vFound.end());
     vVtx.insert(vVtx.end(), vFound.begin(), vFound.end());

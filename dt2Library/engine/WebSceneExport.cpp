@@ -1,11 +1,10 @@
 #include "engine/WebSceneExport.h"
 
 #include "engine/Dt2.h"
+#include "geometry/aroundVertex.h"
 #include "output/WebSceneWriter.h"
 #include "support/messages.h"
 #include "zones/triangleSets.h"
-
-#include "TriangleAroundVertexIterator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -130,22 +129,18 @@ void WebSceneExport::writeTriangles(WebSceneWriter& writer)
     forEachVertex(dt2, [&](const Point2* pVtx) {
         const std::uint32_t a = numberOf(pVtx);
         if (a == NONE || pVtx->getIncidentTriangle() == nullptr) return;
-        const TriangleAroundVertexIterator itStart(pVtx);
-        TriangleAroundVertexIterator it(itStart);
-        do {
-            const Triangle2* const pT = *it;
-            if (pT == nullptr) continue;
+        forEachTriangleAround(pVtx, [&](const Triangle2* pT) {
             const int i = pT->getIntraTriangleIndex(pVtx);
             const std::uint32_t b = numberOf(pT->corner(incIndexBy1(i)));
             const std::uint32_t c = numberOf(pT->corner(incIndexBy2(i)));
-            if (a > b || a > c || b == NONE || c == NONE) continue;
+            if (a > b || a > c || b == NONE || c == NONE) return;
             writer.put(a);
             writer.put(b);
             writer.put(c);
             if (!vOrdinal.empty()) vOrdinal[dt2.poolTriangles.indexOf(pT)] = next;
             ++next;
             addBorder(pT);
-        } while (++it != itStart);
+        });
     });
     writer.endBlock();
 }

@@ -3,9 +3,8 @@
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/aroundVertex.h"
 #include "geometry/snapping.h"
-
-#include "TriangleAroundVertexIterator.h"
 
 #include <cmath>
 
@@ -31,27 +30,11 @@ double distance2D(const Point2& p, const Point2& q)
     return std::hypot(p.x() - q.x(), p.y() - q.y());
 }
 
-/// Calls f(neighbour) for each vertex that an edge joins to pVtx, some of them twice.
-template <class F>
-bool anyNeighbor(const Point2* pVtx, const F& f)
-{
-    TriangleAroundVertexIterator it(pVtx);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        if (const Triangle2* const pT = *it) {
-            const int i = L::indexOf(pT, pVtx);
-            if (f(pT->corner(L::next(i))) || f(pT->corner(L::prev(i)))) return true;
-        }
-        ++it;
-    } while (it != itStart);
-    return false;
-}
-
 } // namespace
 
 bool ConcentricShells::isSharpCorner(const Point2* pVtx, const Point2* pEnd) const
 {
-    return anyNeighbor(pVtx, [this, pVtx, pEnd](const Point2* p) {
+    return anyNeighborOf(pVtx, [this, pVtx, pEnd](const Point2* p) {
         return p != pEnd && isSharp(*pVtx, *pEnd, *p) && dt2.isConstraint(pVtx, p);
     });
 }
@@ -69,9 +52,9 @@ double ConcentricShells::splitFraction(const Point2* pA, const Point2* pB) const
 bool ConcentricShells::isAcrossCorner(const Point2* pU, const Point2* pV) const
 {
     if (!dt2.isConstraint(pU) || !dt2.isConstraint(pV) || dt2.isConstraint(pU, pV)) return false;
-    return anyNeighbor(pU, [this, pU, pV](const Point2* pNearU) {
+    return anyNeighborOf(pU, [this, pU, pV](const Point2* pNearU) {
         const ConstraintSegment2* const pSegU = dt2.getConstraintSegment(pU, pNearU);
-        return pSegU != nullptr && anyNeighbor(pV, [this, pU, pV, pSegU](const Point2* pNearV) {
+        return pSegU != nullptr && anyNeighborOf(pV, [this, pU, pV, pSegU](const Point2* pNearV) {
                    const ConstraintSegment2* const pSegV = dt2.getConstraintSegment(pV, pNearV);
                    return pSegV != nullptr && meetOnShell(*pSegU, *pSegV, *pU, *pV);
                });

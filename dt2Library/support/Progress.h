@@ -64,6 +64,22 @@ public:
     /// Around a nested operation that would report itself. A flag, not a count.
     void suppress() { bSuppressed = true; }
     void unsuppress() { bSuppressed = false; }
+    /// The same for a scope, after which the flag is as before.
+    class Muted
+    {
+    public:
+        explicit Muted(Progress& progress_) : progress(progress_), bBefore(progress_.bSuppressed)
+        {
+            progress.suppress();
+        }
+        ~Muted() { progress.bSuppressed = bBefore; }
+        Muted(const Muted&) = delete;
+        Muted& operator=(const Muted&) = delete;
+
+    private:
+        Progress& progress;
+        const bool bBefore;
+    };
 
     /// Calls every subscriber of that kind in the order of subscription, muted or not.
     void notify(MsgType msgType, const std::string& text, double d) const;

@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <string>
 
 namespace ORBI_LUMO25D
@@ -14,6 +15,7 @@ double timer(const char* name)
 {
     using Clock = std::chrono::steady_clock; // monotonic: a corrected system time must not give negative durations
     static std::map<std::string, Clock::time_point> mNameToStart;
+    static std::mutex mtx; // of the map
 
     if (name == nullptr) {
         msgWarning("timer()", "The name is NULL");
@@ -22,6 +24,7 @@ double timer(const char* name)
     const std::string key(name);
     const bool bQuiet = key.compare(0, 7, "[quiet]") == 0;
 
+    const std::lock_guard<std::mutex> lock(mtx);
     const auto it = mNameToStart.find(key);
     if (it == mNameToStart.end()) {
         if (!bQuiet) printLine("...Timer [" + key + "] start");

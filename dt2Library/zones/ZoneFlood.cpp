@@ -2,9 +2,9 @@
 
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
+#include "geometry/aroundVertex.h"
 
 #include "ConstraintGraph2.h"
-#include "TriangleAroundVertexIterator.h"
 
 namespace ORBI_LUMO25D
 {
@@ -130,19 +130,13 @@ void ZoneFlood::markAround(const Border* pFirst, const Border* pEnd)
         });
         return p != pEnd && p->pHigh == pOther ? p : nullptr;
     };
-    TriangleAroundVertexIterator it(pVtx);
-    const TriangleAroundVertexIterator itStart(it);
-    do {
-        Triangle2* const pT = *it;
-        if (pT != nullptr) {
-            const int i = L::indexOf(pT, pVtx);
-            const Border* const pAhead = find(pT->corner(L::next(i)));
-            if (pAhead != nullptr) markSide(pT, L::prev(i), pAhead->bLeft);
-            const Border* const pBehind = find(pT->corner(L::prev(i)));
-            if (pBehind != nullptr) markSide(pT, L::next(i), pBehind->bRight);
-        }
-        ++it;
-    } while (it != itStart);
+    forEachTriangleAround(pVtx, [&](Triangle2* pT) {
+        const int i = L::indexOf(pT, pVtx);
+        const Border* const pAhead = find(pT->corner(L::next(i)));
+        if (pAhead != nullptr) markSide(pT, L::prev(i), pAhead->bLeft);
+        const Border* const pBehind = find(pT->corner(L::prev(i)));
+        if (pBehind != nullptr) markSide(pT, L::next(i), pBehind->bRight);
+    });
 }
 
 void ZoneFlood::markSide(Triangle2* pT, int ith, bool bSeed)
