@@ -61,12 +61,6 @@ Measurement timeCloud(std::size_t n, const std::function<std::size_t(CloudPrepar
     return m;
 }
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 class Table
 {
 public:
@@ -78,14 +72,18 @@ public:
         std::vector<double> vWall;
         Measurement m;
         for (int round = 0; round < numRounds; ++round) {
+            benchmarks::settleMemory(300 * n); // more than any case takes
             m = benchmarks::inChild(measure);
             vWall.push_back(m.work.wall);
         }
-        const double wall = median(vWall);
+        const double wall = benchmarks::median(vWall);
         const auto size = static_cast<double>(n);
         std::printf("%-28s %9zu %9.3f s %8.1f ns/point %7.1f peak B/point %12llu", name, n, wall, 1e9 * wall / size,
                     m.peakBytes / size, m.sum);
-        if (reference > 0.0) std::printf(" %6.2f sorts", wall / reference);
+        if (reference > 0.0) {
+            std::printf(" %6.2f sorts", wall / reference);
+            benchmarks::addFigure(name, wall, "std::sort", reference);
+        }
         std::printf("\n");
         std::fflush(stdout);
         return wall;
@@ -112,7 +110,6 @@ int main(int argc, char** argv)
         if (std::strcmp(argv[i], "--points") == 0) n = std::strtoull(argv[i + 1], nullptr, 10);
         if (std::strcmp(argv[i], "--terrain") == 0) terrain = argv[i + 1];
     }
-    benchmarks::settleMemory(std::size_t(1) << 30);
     Table table(numRounds);
     if (n > 0) {
         const auto cloud = [n](const std::function<std::size_t(CloudPrepare&)>& work) {

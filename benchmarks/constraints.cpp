@@ -148,12 +148,6 @@ struct Case
     std::size_t repetitions;
 };
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 void run(const Case& c, int numRounds)
 {
     std::vector<std::pair<const char*, std::function<Measurement()>>> vContestants;
@@ -170,10 +164,12 @@ void run(const Case& c, int numRounds)
             vvWall[i].push_back(vLast[i].work.wall);
         }
     }
+    const double ours = median(vvWall[0]);
     for (std::size_t i = 0; i < vContestants.size(); ++i) {
         const double wall = median(vvWall[i]);
+        if (i > 0) addFigure(c.name, ours, vContestants[i].first, wall);
         std::printf("| %s | %s | %.4f | %.2f | %llu | %.0f |\n", c.name.c_str(), vContestants[i].first, wall,
-                    wall / median(vvWall[0]), vLast[i].sum, vLast[i].heapBytes / 1e6);
+                    wall / ours, vLast[i].sum, vLast[i].heapBytes / 1e6);
         std::fflush(stdout);
     }
 }

@@ -104,6 +104,7 @@ void compare(const std::string& name, const Corners& vMesh, bool bAddPoints, boo
     if (peer.numTriangles > 0) {
         std::printf(" %9.4f %9zu %6zu %8.1f", peer.seconds, peer.numTriangles, peer.numFailed,
                     peer.seconds / ours.seconds);
+        addFigure(name + (bAddPoints ? ", new points" : ""), ours.seconds, "CGAL", peer.seconds);
     }
     if (bCrossings) {
         const std::size_t before = countSelfIntersections(vMesh);

@@ -1,8 +1,11 @@
 #include "measure.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -86,6 +89,31 @@ void settleMemory(std::size_t numBytes)
         pBytes[i] = 1;
     }
     munmap(p, numBytes);
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+std::size_t option(int argc, char** argv, const char* name, std::size_t byDefault)
+{
+    for (int i = 1; i + 1 < argc; ++i) {
+        if (std::strcmp(argv[i], name) == 0) return std::max<std::size_t>(1, std::strtoull(argv[i + 1], nullptr, 10));
+    }
+    return byDefault;
+}
+
+void addFigure(const std::string& caseName, double ourSeconds, const std::string& peer, double peerSeconds)
+{
+    const char* const filename = std::getenv("LUMO25D_FIGURES");
+    if (filename == nullptr) return;
+    std::FILE* const pFile = std::fopen(filename, "a");
+    if (pFile == nullptr) fail("the table of figures can't be written");
+    std::fprintf(pFile, "| %s | %s | %.4g | %s | %.4g | %.2f |\n", program_invocation_short_name, caseName.c_str(),
+                 ourSeconds, peer.c_str(), peerSeconds, peerSeconds / ourSeconds);
+    std::fclose(pFile);
 }
 
 Measurement inChild(const std::function<Measurement()>& f)

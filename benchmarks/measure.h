@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace benchmarks
 {
@@ -81,6 +83,16 @@ Measurement measureWork(Work&& work)
 /// Touches that much memory and gives it back at once. A virtual machine may have returned free memory to its host, and
 /// would spend more time on getting it again than the work takes; this way it has it at hand.
 void settleMemory(std::size_t numBytes);
+
+/// Of an even number of values, the upper one of the two in the middle. v must not be empty.
+double median(std::vector<double> v);
+
+/// The number behind a word of the command line, at least 1, e.g. 5 for "--rounds 5".
+std::size_t option(int argc, char** argv, const char* name, std::size_t byDefault);
+
+/// Adds a row to the table of all comparisons: the file that the environment variable LUMO25D_FIGURES names, if it does.
+/// The program's own name is the first column.
+void addFigure(const std::string& caseName, double ourSeconds, const std::string& peer, double peerSeconds);
 
 /// Runs f in a child process, so that no measurement inherits the heap of another, and returns what it measured. Ends
 /// the program with a message when the child fails.

@@ -88,12 +88,6 @@ std::vector<Case> cases()
     return v;
 }
 
-double medianOf(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 /// False when too many triangles were needed.
 bool run(const Case& c, int numRounds)
 {
@@ -107,12 +101,13 @@ bool run(const Case& c, int numRounds)
         vTheirs.push_back(theirs.work.user + theirs.work.system);
 #endif
     }
-    const double seconds = medianOf(vOurs);
+    const double seconds = benchmarks::median(vOurs);
     std::printf("| %s | %llu | %.3f | %.2f |", c.name.c_str(), ours.sum, seconds,
                 seconds * 1e6 / static_cast<double>(ours.sum));
     const double ratio = vTheirs.empty() ? 0.0 : static_cast<double>(ours.sum) / static_cast<double>(theirs.sum);
     if (!vTheirs.empty()) {
-        std::printf(" %.3f | %.2f | %.1f |", medianOf(vTheirs), ratio, medianOf(vTheirs) / seconds);
+        std::printf(" %.3f | %.2f | %.1f |", benchmarks::median(vTheirs), ratio, benchmarks::median(vTheirs) / seconds);
+        benchmarks::addFigure(c.name, seconds, "CGAL", benchmarks::median(vTheirs));
     }
     std::printf("\n");
     std::fflush(stdout);

@@ -41,13 +41,6 @@ struct Case
     bool bBuilds; ///< memory and destruction mean something
 };
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    const std::size_t n = v.size();
-    return n % 2 == 1 ? v[n / 2] : 0.5 * (v[n / 2 - 1] + v[n / 2]);
-}
-
 /// The medians of a contestant's measurements.
 struct Summary
 {
@@ -103,7 +96,10 @@ bool runCase(const Case& c, int rounds)
         } else {
             std::printf(" %9s %8s %8s", "", "", "");
         }
-        if (i > 0) std::printf(" %7.2f %7.2f", s.wall / ours.wall, s.user / ours.user);
+        if (i > 0) {
+            std::printf(" %7.2f %7.2f", s.wall / ours.wall, s.user / ours.user);
+            addFigure(c.name, ours.wall, c.vContestants[i].name, s.wall);
+        }
         std::printf("\n");
         const unsigned long long sum = vvResults[i][0].sum;
         if (sum != 0 && sum != vvResults[0][0].sum) bAgree = false;

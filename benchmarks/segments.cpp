@@ -34,6 +34,7 @@
 
 using namespace ORBI_LUMO25D;
 using benchmarks::Measurement;
+using benchmarks::median;
 
 namespace
 {
@@ -192,12 +193,6 @@ Measurement timeCheckByHand(const std::vector<Segment2>& vSegments)
     });
 }
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 /// Measures ours and the peer's in turns and prints a line. False when they disagree.
 bool compare(const char* name, std::size_t n, int numRounds, const std::function<Measurement()>& ours,
              const std::function<Measurement()>& peer)
@@ -220,6 +215,7 @@ bool compare(const char* name, std::size_t n, int numRounds, const std::function
     if (peer) {
         std::printf(" %10.4f %8.2f %8.2f", median(vPeer), median(vPeer) / median(vOurs),
                     median(vPeerUser) / std::max(1e-9, median(vOursUser)));
+        benchmarks::addFigure(name + (", n = " + std::to_string(n)), median(vOurs), "Boost", median(vPeer));
     }
     std::printf("%s\n", bSame ? "" : "  DIFFERENT RESULTS");
     std::fflush(stdout);

@@ -72,12 +72,11 @@ Measurement build(const Points& vPoints, int numThreads)
     return measureRepeated(make, count, std::max<std::size_t>(1, 300000 / vPoints.size()));
 }
 
-double medianWall(std::vector<Measurement> v)
+double medianWall(const std::vector<Measurement>& v)
 {
-    const auto middle = v.begin() + static_cast<std::ptrdiff_t>(v.size() / 2);
-    std::nth_element(v.begin(), middle, v.end(),
-                     [](const Measurement& a, const Measurement& b) { return a.work.wall < b.work.wall; });
-    return middle->work.wall;
+    std::vector<double> vWall;
+    for (const Measurement& m : v) vWall.push_back(m.work.wall);
+    return median(vWall);
 }
 
 /// Prints a line for each number of threads; false when the results differ.
@@ -97,6 +96,8 @@ bool runCase(const Case& c, const Options& options)
         const double speedup = first / wall;
         std::printf("%-16s %7d %9.4f %8.2f", i == 0 ? c.name : "", options.vThreads[i], wall, speedup);
         const double p = options.vThreads[i];
+        if (i > 0)
+            addFigure(c.name + (", " + std::to_string(options.vThreads[i])) + " threads", wall, "1 thread", first);
         if (i > 0 && p > 1.0) std::printf(" %8.1f %%", 100.0 * (1.0 / speedup - 1.0 / p) / (1.0 - 1.0 / p));
         const double peak = vvResults[i][0].peakBytes / static_cast<double>(vPoints.size());
         std::printf("%*s%8.1f\n", i > 0 && p > 1.0 ? 2 : 13, "", peak);

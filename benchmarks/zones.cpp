@@ -112,12 +112,8 @@ ConstraintGraph2* ring(Lumo_2D& lumo, const Point2& center)
 
 int main(int argc, char** argv)
 {
-    std::size_t numPoints = 900000;
-    int numRounds = 3;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        if (std::strcmp(argv[i], "--points") == 0) numPoints = std::strtoull(argv[i + 1], nullptr, 10);
-        if (std::strcmp(argv[i], "--rounds") == 0) numRounds = std::max(1, std::atoi(argv[i + 1]));
-    }
+    const std::size_t numPoints = benchmarks::option(argc, argv, "--points", 900000);
+    const int numRounds = static_cast<int>(benchmarks::option(argc, argv, "--rounds", 3));
     benchmarks::settleMemory(std::size_t(1) << 30);
     Lumo_2D lumo(numPoints);
     lumo.insert(benchmarks::uniform(numPoints));
