@@ -17,7 +17,7 @@
 
 /// The pieces of work of a bulk append to the vault, which may be shared out to threads by stretches of the input.
 ///
-/// A source of points is a class with the operations of PointSource. arrange() comes when the order is known, before any
+/// A source of points is a class with the operations of PointSource. fill() makes the vertex in the given slot, or has its own. arrange() comes when the order is known, before any
 /// point is fetched: the source may bring its points into that order, and puts their new positions into the pairs.
 namespace ORBI_LUMO25D
 {
@@ -30,7 +30,7 @@ public:
     std::size_t size() const { return vPoints.size(); }
     double x(std::size_t i) const { return vPoints[i].x(); }
     double y(std::size_t i) const { return vPoints[i].y(); }
-    void fill(std::size_t i, Point2* pVtx) const { new (pVtx) Point2(vPoints[i]); }
+    Point2* fill(std::size_t i, Point2* pVtx) const { return new (pVtx) Point2(vPoints[i]); }
     const void* address(std::size_t i) const { return &vPoints[i]; }
     bool mayUseThreads() const { return true; }
     void arrange(IdxPairs&) const {}
@@ -47,9 +47,9 @@ public:
     std::size_t size() const { return n; }
     double x(std::size_t i) const { return aCoordinates[3 * i]; }
     double y(std::size_t i) const { return aCoordinates[3 * i + 1]; }
-    void fill(std::size_t i, Point2* pVtx) const
+    Point2* fill(std::size_t i, Point2* pVtx) const
     {
-        new (pVtx) Point2(aCoordinates[3 * i], aCoordinates[3 * i + 1], aCoordinates[3 * i + 2]);
+        return new (pVtx) Point2(aCoordinates[3 * i], aCoordinates[3 * i + 1], aCoordinates[3 * i + 2]);
     }
     const void* address(std::size_t i) const { return aCoordinates + 3 * i; }
     bool mayUseThreads() const { return false; }
@@ -68,11 +68,12 @@ public:
     std::size_t size() const { return points.size(); }
     double x(std::size_t i) const { return points[i].x; }
     double y(std::size_t i) const { return points[i].y; }
-    void fill(std::size_t i, Point2* pVtx) const
+    Point2* fill(std::size_t i, Point2* pVtx) const
     {
         const Coords& c = points[i];
         new (pVtx) Point2(c.x, c.y, c.z);
         pVtx->setCustomIndex(c.customIndex);
+        return pVtx;
     }
     const void* address(std::size_t i) const { return &points[i]; }
     bool mayUseThreads() const { return true; }
@@ -91,10 +92,11 @@ public:
     std::size_t size() const { return source.size(); }
     double x(std::size_t i) const { return source.x(i); }
     double y(std::size_t i) const { return source.y(i); }
-    void fill(std::size_t i, Point2* pVtx) const
+    Point2* fill(std::size_t i, Point2* pVtx) const
     {
         source.fill(i, pVtx);
         points.releaseBefore(i);
+        return pVtx;
     }
     const void* address(std::size_t i) const { return source.address(i); }
     bool mayUseThreads() const { return false; }
@@ -118,6 +120,24 @@ public:
 private:
     PointBlocks& points;
     BlockSource source;
+};
+
+/// Vertices that lie in the pool already and stay where they are.
+class StandingSource
+{
+public:
+    StandingSource(Point2* aVertices_, std::size_t n_) : aVertices(aVertices_), n(n_) {}
+    std::size_t size() const { return n; }
+    double x(std::size_t i) const { return aVertices[i].x(); }
+    double y(std::size_t i) const { return aVertices[i].y(); }
+    Point2* fill(std::size_t i, Point2*) const { return aVertices + i; }
+    const void* address(std::size_t) const { return aVertices; } // nothing is read
+    bool mayUseThreads() const { return true; }
+    void arrange(IdxPairs&) const {}
+
+private:
+    Point2* aVertices;
+    std::size_t n;
 };
 
 /// Computes the curve indices of a stretch of the input.
@@ -160,8 +180,7 @@ public:
         for (std::size_t k = stretch.begin; k < stretch.end; ++k) {
             if (k + ahead < stretch.end) __builtin_prefetch(source.address(vPairs[k + ahead].position()));
             const std::size_t position = vPairs[k].position();
-            Point2* const pVtx = aVertices + k;
-            source.fill(position, pVtx);
+            Point2* const pVtx = source.fill(position, aVertices + k);
             aItems[k] = {vPairs[k].idx(), true, pVtx};
             if (aHandles != nullptr) aHandles[position] = pVtx;
         }

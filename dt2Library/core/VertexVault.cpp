@@ -53,6 +53,22 @@ void VertexVault::addVertex(std::uint32_t idx, Point2* pVtx)
     if (pWaiting) pWaiting->sPoints.insert(pVtx);
 }
 
+namespace
+{
+
+template <class Source>
+Point2* takeSlots(const Source& source, SimplePool<Point2>& pool)
+{
+    return pool.allocRange(source.size());
+}
+
+Point2* takeSlots(const StandingSource& source, SimplePool<Point2>&)
+{
+    return source.fill(0, nullptr);
+}
+
+} // namespace
+
 template <class Source>
 Point2* VertexVault::appendInCurveOrder(const Source& source, Point2** aHandles, std::size_t& numPreExisting)
 {
@@ -68,7 +84,7 @@ Point2* VertexVault::appendInCurveOrder(const Source& source, Point2** aHandles,
         vPairs, [&source](std::size_t i) { return std::make_pair(source.x(i), source.y(i)); }, numCPU);
 
     source.arrange(vPairs);
-    Point2* const aVertices = pDt2->poolVertices.allocRange(n);
+    Point2* const aVertices = takeSlots(source, pDt2->poolVertices);
     vItems.resize(numPreExisting + n);
     try {
         runOnStretches<FTask<Source>>(n, numThreads, source, vPairs, aVertices, vItems.data() + numPreExisting,
@@ -106,6 +122,18 @@ void VertexVault::drainCloud(PointBlocks& points, std::size_t& numPreExisting)
 {
     appendInCurveOrder(DrainedSource(points), nullptr, numPreExisting);
     points.clear();
+}
+
+void VertexVault::adoptVertices(Point2* aVertices, std::size_t n)
+{
+    LUMO_CHECK(numActiveItems == 0 && dupIsClean(), "numActiveItems==0");
+    vItems.clear();
+    std::size_t numPreExisting = 0;
+    appendInCurveOrder(StandingSource(aVertices, n), nullptr, numPreExisting);
+    numRemoved = 0;
+    numSorted = n;
+    areaChanged();
+    buildLookup();
 }
 
 // ---- looking up -----------------------------------------------------------------------------------------------------

@@ -59,6 +59,9 @@ public:
     /// The same, and gives the points' memory back while the vertices are made. On the calling thread.
     void drainCloud(PointBlocks& points, std::size_t& numPreExisting);
 
+    /// Makes n vertices of the pool, at places of their own, those of a vault that has no active ones.
+    void adoptVertices(Point2* aVertices, std::size_t n);
+
     // ---- looking up ---------------------------------------------------------------------------------------------
 
     const IdxVtxAct* begin() const { return vItems.data(); }

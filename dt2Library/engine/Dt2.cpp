@@ -2,6 +2,7 @@
 
 #include "cloud/CloudPrepareImpl.h"
 #include "constraints/ConstraintMgr.h"
+#include "core/CoordinateRange.h"
 #include "core/Stretches.h"
 #include "engine/ConstraintInserter.h"
 #include "geometry/RoundToNearest.h"
@@ -28,21 +29,6 @@ std::size_t tenPercentMore(std::size_t n)
 {
     return static_cast<std::size_t>(1.1 * static_cast<double>(n));
 }
-
-/// What the engine has to know about coordinates before they come in.
-struct CoordinateRange
-{
-    void add(const Point2& p)
-    {
-        box.add(p);
-        for (const double size : {std::fabs(p.x()), std::fabs(p.y())}) {
-            if (size > 0.0 && size < smallestSize) smallestSize = size;
-        }
-    }
-
-    Bbox2 box;
-    double smallestSize = std::numeric_limits<double>::max(); ///< of all that aren't 0
-};
 
 } // namespace
 
@@ -132,11 +118,16 @@ bool Dt2::admitPoints(const std::vector<Point2>& vPoints)
     });
     bool bChanged = false;
     for (const CoordinateRange& part : vParts) {
-        starRepair.admit(part.smallestSize);
-        bChanged = bbox.add(part.box.getMinPoint()) || bChanged;
-        bChanged = bbox.add(part.box.getMaxPoint()) || bChanged;
+        bChanged = admitRange(part) || bChanged;
     }
     return bChanged;
+}
+
+bool Dt2::admitRange(const CoordinateRange& range)
+{
+    starRepair.admit(range.smallestSize);
+    const bool bLower = bbox.add(range.box.getMinPoint());
+    return bbox.add(range.box.getMaxPoint()) || bLower;
 }
 
 bool Dt2::admitCoordinates(std::size_t n, const double* aCoordinates)
@@ -352,6 +343,12 @@ void Dt2::insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Po
     vertexVault.treatDupsAndHandles(pHandles);
     LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
     vertexVault.sortIfNeeded(false);
+}
+
+void Dt2::adoptVertices(Point2* aVertices, std::size_t n, const CoordinateRange& range)
+{
+    if (admitRange(range)) rescale();
+    vertexVault.adoptVertices(aVertices, n);
 }
 
 } // namespace ORBI_LUMO25D

@@ -31,6 +31,7 @@ namespace ORBI_LUMO25D
 class CloudPrepare;
 class ConstraintInserter;
 class ConstraintMgr;
+struct CoordinateRange;
 class Edge2;
 class LumoExport;
 class MeshGenParams;
@@ -71,6 +72,8 @@ public:
     void insert(CloudPrepare* pCloudPrepare, bool bClear);
     /// Puts points into the vault only: no triangle is touched, and the caller builds the triangles itself.
     void insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles);
+    /// The same with n vertices in a row, at places of their own, that lie in the pool already. No other may be active.
+    void adoptVertices(Point2* aVertices, std::size_t n, const CoordinateRange& range);
 
     int setNumCPU(int n);
     void setFastMode(bool bFast);
@@ -346,6 +349,7 @@ private:
     template <class Iterator>
     bool admit(Iterator first, Iterator last);
     bool admitPoints(const std::vector<Point2>& vPoints);
+    bool admitRange(const CoordinateRange& range);
     bool admitCoordinates(std::size_t n, const double* aCoordinates);
     void rescale();
     Point2* insertWithoutArea(const Point2& p);

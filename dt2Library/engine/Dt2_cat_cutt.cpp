@@ -229,18 +229,17 @@ bool Dt2::load(const char* filename, std::vector<Zone2*>& vZones_)
         return false;
     }
     progress.start("load", 3);
-    SavedTriangulation saved;
-    if (!reader.readContent(saved)) return failLoading(reader.getName(), "");
-    progress.step(1);
     const RoundToNearest rounding;
-    TriangulationLoader loader(saved);
-    if (!loader.check()) return failLoading(reader.getName(), loader.getError());
+    TriangulationLoader loader(*this);
+    if (!loader.readMesh(reader)) return failLoading(reader.getName(), loader.getError());
+    progress.step(1);
+    if (!loader.readConstraints(reader)) return failLoading(reader.getName(), loader.getError());
     progress.step(1);
     {
         // A subscriber may throw: none is called while there is but a part of the triangulation.
         const Progress::Muted muted(progress);
         std::vector<Zone2*> vLoaded;
-        loader.build(*this, vLoaded);
+        loader.build(vLoaded);
         vZones_.insert(vZones_.end(), vLoaded.begin(), vLoaded.end());
     }
     progress.finish();

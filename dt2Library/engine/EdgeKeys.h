@@ -11,8 +11,8 @@ namespace ORBI_LUMO25D
 
 /// Directed edges, given by the numbers of their ends, that are looked for among the edges of many triangles.
 ///
-/// Sorted keys instead of a walk around each edge's end: the time stays k log k where thousands of edges meet at one
-/// vertex. Most edges of a mesh have an end that no key has, and are turned away by one look at a byte.
+/// Keys sorted by vertices instead of a walk around each edge's end: the time stays k log k where thousands of edges meet at
+/// one vertex. Most edges of a mesh have an end that no key has, and are turned away by one look at a byte.
 class EdgeKeys
 {
 public:
@@ -28,11 +28,35 @@ public:
     }
     /// The same with the lower number first.
     void addUndirected(std::int32_t a, std::int32_t b) { add(std::min(a, b), std::max(a, b)); }
-    /// To be called when all are added: repeated ones become one.
+    /// To be called when all are added: repeated ones become one. More may be added then, for another sort.
     void sort()
     {
-        std::sort(vKeys.begin(), vKeys.end());
-        vKeys.erase(std::unique(vKeys.begin(), vKeys.end()), vKeys.end());
+        std::vector<std::uint64_t> vUnsorted(vKeys.size());
+        vUnsorted.swap(vKeys);
+        vStarts.assign(vIsEnd.size() + 1, 0);
+        for (const std::uint64_t key : vUnsorted) {
+            ++vStarts[sourceOf(key)];
+        }
+        std::size_t sum = 0;
+        for (std::size_t& start : vStarts) {
+            start = sum += start; // the end of the bucket, which is filled down to its start
+        }
+        for (const std::uint64_t key : vUnsorted) {
+            vKeys[--vStarts[sourceOf(key)]] = key;
+        }
+        std::size_t num = 0;
+        for (std::size_t i = 0; i < vIsEnd.size(); ++i) {
+            const auto first = vKeys.begin() + static_cast<std::ptrdiff_t>(vStarts[i]);
+            const auto end = vKeys.begin() + static_cast<std::ptrdiff_t>(vStarts[i + 1]);
+            vStarts[i] = num;
+            if (first == end) continue;
+            std::sort(first, end);
+            num = static_cast<std::size_t>(
+                std::copy(first, std::unique(first, end), vKeys.begin() + static_cast<std::ptrdiff_t>(num)) -
+                vKeys.begin());
+        }
+        vStarts.back() = num;
+        vKeys.resize(num);
     }
 
     /// 1 for an end of some key, else 0.
@@ -45,8 +69,9 @@ public:
     {
         if (vIsEnd[static_cast<std::size_t>(src)] == 0 || vIsEnd[static_cast<std::size_t>(trg)] == 0) return none;
         const std::uint64_t key = keyOf(src, trg);
-        const auto it = std::lower_bound(vKeys.begin(), vKeys.end(), key);
-        return it != vKeys.end() && *it == key ? static_cast<std::size_t>(it - vKeys.begin()) : none;
+        const auto end = vKeys.begin() + static_cast<std::ptrdiff_t>(vStarts[sourceOf(key) + 1]);
+        const auto it = std::lower_bound(vKeys.begin() + static_cast<std::ptrdiff_t>(vStarts[sourceOf(key)]), end, key);
+        return it != end && *it == key ? static_cast<std::size_t>(it - vKeys.begin()) : none;
     }
     std::size_t findUndirected(std::int32_t a, std::int32_t b) const { return find(std::min(a, b), std::max(a, b)); }
 
@@ -56,7 +81,10 @@ private:
         return std::uint64_t(static_cast<std::uint32_t>(src)) << 32 | static_cast<std::uint32_t>(trg);
     }
 
+    static std::size_t sourceOf(std::uint64_t key) { return static_cast<std::size_t>(key >> 32); }
+
     std::vector<std::uint64_t> vKeys;
+    std::vector<std::size_t> vStarts; ///< of each source's keys, and the end
     std::vector<std::uint8_t> vIsEnd;
 };
 

@@ -52,24 +52,33 @@ bool TriangulationSaver::addZones(bool bZonesOnly)
         if (!collectMesh([&marks](const Triangle2* pT) { return marks[pT] != 0; }) || !collectSegments()) return false;
     }
     saved.vvZones.resize(vZones.size());
-    EdgeKeys segments(vVertices.size());
-    for (std::size_t i = 0; i < saved.vSegments.size(); i += 2) {
-        segments.addUndirected(saved.vSegments[i], saved.vSegments[i + 1]);
-    }
     for (std::size_t i = 0; i < vZones.size(); ++i) {
         collectBorder(vvBorders[i], saved.vvZones[i]);
-        for (std::size_t k = 0; k < saved.vvZones[i].size(); k += 2) {
-            segments.addUndirected(saved.vvZones[i][k], saved.vvZones[i][k + 1]);
+    }
+    addBordersToSegments();
+    return saved.vSegments.size() / 2 <= maxCount || fail("there are too many segments for 32-bit counts");
+}
+
+void TriangulationSaver::addBordersToSegments()
+{
+    std::vector<std::pair<Index, Index>> vEdges;
+    for (std::size_t i = 0; i < saved.vSegments.size(); i += 2) {
+        vEdges.emplace_back(saved.vSegments[i], saved.vSegments[i + 1]); // sorted
+    }
+    const auto numSegments = static_cast<std::ptrdiff_t>(vEdges.size());
+    for (const std::vector<Index>& vZone : saved.vvZones) {
+        for (std::size_t k = 0; k < vZone.size(); k += 2) {
+            vEdges.push_back(std::minmax(vZone[k], vZone[k + 1]));
         }
     }
-    segments.sort();
-    if (segments.size() > maxCount) return fail("there are too many segments for 32-bit counts");
+    std::sort(vEdges.begin() + numSegments, vEdges.end());
+    std::inplace_merge(vEdges.begin(), vEdges.begin() + numSegments, vEdges.end());
+    vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
     saved.vSegments.clear();
-    for (std::size_t i = 0; i < segments.size(); ++i) {
-        saved.vSegments.push_back(segments.src(i));
-        saved.vSegments.push_back(segments.trg(i));
+    for (const auto& [src, trg] : vEdges) {
+        saved.vSegments.push_back(src);
+        saved.vSegments.push_back(trg);
     }
-    return true;
 }
 
 /// Brings the border edges into the order of their triangles.
@@ -89,60 +98,63 @@ void TriangulationSaver::collectBorder(const std::vector<Edge2>& vBorder, std::v
 
 // ---- triangles and vertices -----------------------------------------------------------------------------------------
 
+void TriangulationSaver::begin()
+{
+    numVertices = 0;
+    numTriangles = 0;
+    bFinite = true;
+    aVertices = BlockArray<char>(dt2.vertexVault.numActive() * savedVertexSize);
+    aNumbers = BlockArray<Index>(dt2.poolVertices.size());
+    std::fill_n(aNumbers.data(), dt2.poolVertices.size(), -1);
+}
+
 template <class IsWanted>
 bool TriangulationSaver::collectMesh(const IsWanted& isWanted)
 {
-    const std::size_t numTriangles = dt2.numberOfTriangles();
-    if (numTriangles > maxCount) return fail("there are too many triangles for 32-bit counts");
-    vVertices.clear();
-    vVertices.reserve(dt2.vertexVault.numActive());
-    vNumbers.assign(dt2.poolVertices.size(), -1);
-    saved.vTriangles.resize(3 * numTriangles);
-    Index* pOut = saved.vTriangles.data();
-    bool bOK = true;
+    if (dt2.numberOfTriangles() > maxCount) return fail("there are too many triangles for 32-bit counts");
+    if (dt2.vertexVault.numActive() > maxCount) return fail("there are too many vertices for 32-bit counts");
+    begin();
+    aCorners = BlockArray<Index>(3 * dt2.numberOfTriangles());
+    Index* pOut = aCorners.data();
     dt2.poolTriangles.forEach([&](const Triangle2* pT) {
         if (pT->corner(0) == nullptr || !isWanted(pT)) return;
         for (int i = 0; i < 3; ++i) {
             const Point2* const pVtx = pT->corner(i);
-            Index& number = vNumbers[dt2.poolVertices.indexOf(pVtx)];
-            if (number < 0) {
-                number = static_cast<Index>(vVertices.size());
-                bOK = addVertex(pVtx) && bOK;
-            }
+            Index& number = aNumbers[dt2.poolVertices.indexOf(pVtx)];
+            if (number < 0) number = addVertex(pVtx);
             *pOut++ = number;
         }
     });
-    saved.vTriangles.resize(static_cast<std::size_t>(pOut - saved.vTriangles.data()));
-    return bOK;
+    numTriangles = static_cast<std::size_t>(pOut - aCorners.data()) / 3;
+    return bFinite || fail("a coordinate is not a finite number");
 }
 
 /// Without area, there are vertices alone.
 bool TriangulationSaver::collectWaiting()
 {
+    if (dt2.vertexVault.numActive() > maxCount) return fail("there are too many vertices for 32-bit counts");
     std::vector<Point2*> vWaiting;
     dt2.getVertexPointers(vWaiting);
     std::sort(vWaiting.begin(), vWaiting.end(), [](const Point2* pA, const Point2* pB) { return *pA < *pB; });
-    vVertices.clear();
-    vNumbers.assign(dt2.poolVertices.size(), -1);
+    begin();
     for (const Point2* pVtx : vWaiting) {
-        vNumbers[dt2.poolVertices.indexOf(pVtx)] = static_cast<Index>(vVertices.size());
-        if (!addVertex(pVtx)) return false;
+        aNumbers[dt2.poolVertices.indexOf(pVtx)] = addVertex(pVtx);
     }
-    return true;
+    return bFinite || fail("a coordinate is not a finite number");
 }
 
 /// Heights may have been changed to anything.
-bool TriangulationSaver::addVertex(const Point2* pVtx)
+TriangulationSaver::Index TriangulationSaver::addVertex(const Point2* pVtx)
 {
-    if (vVertices.size() >= maxCount) return fail("there are too many vertices for 32-bit counts");
-    vVertices.push_back(pVtx);
-    return (std::isfinite(pVtx->x()) && std::isfinite(pVtx->y()) && std::isfinite(pVtx->z())) ||
-           fail("a coordinate is not a finite number");
+    bFinite = bFinite && std::isfinite(pVtx->x()) && std::isfinite(pVtx->y()) && std::isfinite(pVtx->z());
+    storeVertex(pVtx->x(), pVtx->y(), pVtx->z(), pVtx->getCustomIndex(),
+                aVertices.data() + numVertices * savedVertexSize);
+    return static_cast<Index>(numVertices++);
 }
 
 TriangulationSaver::Index TriangulationSaver::numberOf(const Point2* pVtx) const
 {
-    return vNumbers[dt2.poolVertices.indexOf(pVtx)];
+    return aNumbers[dt2.poolVertices.indexOf(pVtx)];
 }
 
 // ---- segments -------------------------------------------------------------------------------------------------------
@@ -152,29 +164,36 @@ bool TriangulationSaver::collectSegments()
 {
     std::vector<ConstraintSegment2*> vCSegs;
     dt2.getAliveConstraintSegments(vCSegs);
-    EdgeKeys keys(vVertices.size());
+    EdgeKeys keys(numVertices);
     for (const ConstraintSegment2* pCSeg : vCSegs) {
         const Index src = numberOf(pCSeg->getSrc());
         const Index trg = numberOf(pCSeg->getTrg());
         if (src >= 0 && trg >= 0) keys.addUndirected(src, trg);
     }
     keys.sort();
-    std::vector<bool> vStands(keys.size(), !dt2.hasArea());
-    for (std::size_t i = 0; keys.size() > 0 && i < saved.vTriangles.size(); i += 3) {
-        const Index* const t = &saved.vTriangles[i];
+    std::vector<char> vStands(keys.size(), dt2.hasArea() ? 0 : 1);
+    for (std::size_t t = 0; keys.size() > 0 && t < numTriangles; ++t) {
+        const Index* const c = aCorners.data() + 3 * t;
+        if (keys.isEnd(c[0]) + keys.isEnd(c[1]) + keys.isEnd(c[2]) < 2) continue;
         for (std::size_t k = 0; k < 3; ++k) {
-            const std::size_t position = keys.findUndirected(t[k], t[k == 2 ? 0 : k + 1]);
-            if (position != EdgeKeys::none) vStands[position] = true;
+            const std::size_t position = keys.findUndirected(c[k], c[k == 2 ? 0 : k + 1]);
+            if (position != EdgeKeys::none) vStands[position] = 1;
         }
     }
     saved.vSegments.clear();
     for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (!vStands[i]) continue;
+        if (vStands[i] == 0) continue;
         saved.vSegments.push_back(keys.src(i));
         saved.vSegments.push_back(keys.trg(i));
     }
     numSegmentsLeftOut = vCSegs.size() - saved.vSegments.size() / 2;
     return saved.vSegments.size() / 2 <= maxCount || fail("there are too many segments for 32-bit counts");
+}
+
+bool TriangulationSaver::write(const char* filename) const
+{
+    const SavedCounts counts{numVertices, saved.vSegments.size() / 2, numTriangles, saved.vvZones.size()};
+    return writeTriangulationFile(filename, counts, aVertices.data(), aCorners.data(), saved);
 }
 
 } // namespace ORBI_LUMO25D

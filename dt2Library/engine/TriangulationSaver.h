@@ -1,6 +1,7 @@
 #ifndef LUMO25D_ENGINE_TRIANGULATIONSAVER_H
 #define LUMO25D_ENGINE_TRIANGULATIONSAVER_H
 
+#include "orbi_tools/BlockArray.h"
 #include "output/triangulationFile.h"
 
 #include "Edge2.h"
@@ -41,7 +42,7 @@ public:
     const std::string& getError() const { return error; }
 
     /// False, with a message, when the file can't be written.
-    bool write(const char* filename) const { return writeTriangulationFile(filename, vVertices, saved); }
+    bool write(const char* filename) const;
 
 private:
     using Index = SavedIndices::Index;
@@ -50,15 +51,21 @@ private:
     template <class IsWanted>
     bool collectMesh(const IsWanted& isWanted);
     bool collectWaiting();
-    bool addVertex(const Point2* pVtx);
+    void begin();
+    Index addVertex(const Point2* pVtx);
     bool collectSegments();
+    void addBordersToSegments();
     void collectBorder(const std::vector<Edge2>& vBorder, std::vector<Index>& vZone) const;
     Index numberOf(const Point2* pVtx) const;
 
     const Dt2& dt2;
     const std::vector<Zone2*>& vZones;
-    std::vector<const Point2*> vVertices;
-    std::vector<Index> vNumbers; ///< of the vertices, by their places in the pool; -1 without
+    // As they are found, vertices get the form of the file: each is visited once.
+    BlockArray<char> aVertices;
+    BlockArray<Index> aCorners; ///< three of each triangle
+    std::size_t numVertices = 0, numTriangles = 0;
+    bool bFinite = true;
+    BlockArray<Index> aNumbers; ///< of the vertices, by their places in the pool; -1 without
     SavedIndices saved;
     std::size_t numSegmentsLeftOut = 0;
     std::string error;

@@ -42,6 +42,8 @@ public:
         pNext += n * sizeof(T);
         return pFirst;
     }
+    /// Undoes allocRange(n), if nothing was given out since; else nothing happens. What was a block of its own is freed.
+    void takeBack(T* pFirst, std::size_t n) { takeBackSlots(reinterpret_cast<std::byte*>(pFirst), n); }
     /// Makes sure that the next n slots lie in a row. Takes memory at once when the current block hasn't that much left;
     /// what it has left is given out later.
     void reserve(std::size_t n) { reserveSlots(n); }

@@ -89,6 +89,17 @@ void PoolBlocks::reserveSlots(std::size_t n)
     }
 }
 
+void PoolBlocks::takeBackSlots(std::byte* pFirst, std::size_t n)
+{
+    if (n == 0 || pFirst + n * itemSize != pNext) return;
+    pNext = pFirst;
+    const std::size_t last = vBlocks.size() - 1;
+    if (last == 0 || vRuns.back().block != last || pNext != vBlocks[last].memory.data()) return;
+    closeRun(); // without a slot, the run is gone
+    vRests.pop_back();
+    vBlocks.pop_back();
+}
+
 void PoolBlocks::getBlock(std::size_t i, std::byte*& pBlock, std::size_t& numUsed) const
 {
     LUMO_CHECK(i < vBlocks.size(), "i<vContainers.size()");

@@ -45,6 +45,7 @@ protected:
     void openNextRun();
     /// Makes sure that the run has n slots left.
     void reserveSlots(std::size_t n);
+    void takeBackSlots(std::byte* pFirst, std::size_t n);
     void getBlock(std::size_t i, std::byte*& pBlock, std::size_t& numUsed) const;
 
     /// Where a run begins, and the number of its first slot.

@@ -15,6 +15,11 @@ FileWriter::FileWriter(const char* filename)
 
 void FileWriter::put(std::string_view text)
 {
+    if (text.size() >= pieceSize) {
+        flush();
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        return;
+    }
     while (!text.empty()) {
         if (numUsed == pieceSize) flush();
         const std::size_t n = std::min(text.size(), pieceSize - numUsed);

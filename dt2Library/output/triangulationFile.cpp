@@ -1,11 +1,11 @@
 #include "output/triangulationFile.h"
 
 #include "output/FileWriter.h"
-#include "output/littleEndian.h"
 #include "output/openForReading.h"
 #include "support/messages.h"
 
-#include <algorithm>
+#include <cstring>
+#include <string_view>
 
 namespace ORBI_LUMO25D
 {
@@ -16,7 +16,6 @@ namespace
 constexpr std::int32_t typeWithHeights = 32;
 constexpr std::int32_t typeWithoutHeights = 22;
 constexpr std::size_t endMark = 99;
-constexpr std::size_t pieceSize = std::size_t(1) << 16;
 
 // ---- writing --------------------------------------------------------------------------------------------------------
 
@@ -26,27 +25,23 @@ void putNumber(FileWriter& writer, std::size_t number)
     writer.add(4);
 }
 
-void putIndices(FileWriter& writer, const std::vector<SavedIndices::Index>& vIndices)
+void putIndices(FileWriter& writer, const SavedIndices::Index* aIndices, std::size_t n)
 {
-    for (const SavedIndices::Index index : vIndices) {
-        putNumber(writer, static_cast<std::size_t>(index));
+    constexpr std::size_t most = 250; // a thousand bytes
+    for (std::size_t begin = 0; begin < n; begin += most) {
+        const std::size_t numHere = std::min(most, n - begin);
+        char* const pOut = writer.getRoom(numHere * savedIndexSize);
+        for (std::size_t i = 0; i < numHere; ++i) {
+            storeLE32(static_cast<std::uint32_t>(aIndices[begin + i]), pOut + i * savedIndexSize);
+        }
+        writer.add(numHere * savedIndexSize);
     }
-}
-
-void putVertex(FileWriter& writer, const Point2& p)
-{
-    char* const pOut = writer.getRoom(28);
-    storeLEDouble(p.x(), pOut);
-    storeLEDouble(p.y(), pOut + 8);
-    storeLEDouble(p.z(), pOut + 16);
-    storeLE32(static_cast<std::uint32_t>(p.getCustomIndex()), pOut + 24);
-    writer.add(28);
 }
 
 } // namespace
 
-bool writeTriangulationFile(const char* filename, const std::vector<const Point2*>& vVertices,
-                            const SavedIndices& indices)
+bool writeTriangulationFile(const char* filename, const SavedCounts& counts, const char* aVertices,
+                            const SavedIndices::Index* aTriangles, const SavedIndices& indices)
 {
     FileWriter writer(filename);
     if (!writer.isOpen()) {
@@ -54,18 +49,16 @@ bool writeTriangulationFile(const char* filename, const std::vector<const Point2
         return false;
     }
     putNumber(writer, static_cast<std::size_t>(typeWithHeights));
-    putNumber(writer, vVertices.size());
-    putNumber(writer, indices.vSegments.size() / 2);
-    putNumber(writer, indices.vTriangles.size() / 3);
-    putNumber(writer, indices.vvZones.size());
-    for (const Point2* p : vVertices) {
-        putVertex(writer, *p);
-    }
-    putIndices(writer, indices.vTriangles);
-    putIndices(writer, indices.vSegments);
+    putNumber(writer, counts.numVertices);
+    putNumber(writer, counts.numSegments);
+    putNumber(writer, counts.numTriangles);
+    putNumber(writer, counts.numZones);
+    writer.put(std::string_view(aVertices, counts.numVertices * savedVertexSize));
+    putIndices(writer, aTriangles, 3 * counts.numTriangles);
+    putIndices(writer, indices.vSegments.data(), indices.vSegments.size());
     for (const std::vector<SavedIndices::Index>& vZone : indices.vvZones) {
         putNumber(writer, vZone.size() / 2);
-        putIndices(writer, vZone);
+        putIndices(writer, vZone.data(), vZone.size());
     }
     putNumber(writer, endMark);
     if (writer.close()) return true;
@@ -83,45 +76,54 @@ TriangulationReader::TriangulationReader(const char* filename) : name(filename =
     bHasSize = numBytesLeft > 0;
 }
 
-/// decode(pBytes, record) makes each record of its bytes.
-template <class Record, class Decode>
-bool TriangulationReader::readRecords(std::size_t numRecords, std::size_t recordSize, std::vector<Record>& vRecords,
-                                      const Decode& decode)
+/// Whether the file has that many bytes more. Of one without a size, they are fetched: memory grows as they come.
+bool TriangulationReader::hasBytes(std::uint64_t numBytes)
 {
-    // Both are below 2^32 and 2^6.
-    const std::uint64_t numBytes = std::uint64_t(numRecords) * recordSize;
-    if (bHasSize) {
-        if (numBytes > numBytesLeft) return false;
-        vRecords.reserve(numRecords);
-    }
-    vPiece.resize(pieceSize / recordSize * recordSize);
-    for (std::size_t numRead = 0; numRead < numRecords;) {
-        const std::size_t numHere = std::min(numRecords - numRead, vPiece.size() / recordSize);
-        file.read(vPiece.data(), static_cast<std::streamsize>(numHere * recordSize));
+    if (bHasSize) return numBytes <= numBytesLeft;
+    if (numBytes <= vAhead.size() - numAheadUsed) return true;
+    constexpr std::uint64_t step = std::uint64_t(1) << 20;
+    vAhead.erase(vAhead.begin(), vAhead.begin() + static_cast<std::ptrdiff_t>(numAheadUsed));
+    numAheadUsed = 0;
+    while (vAhead.size() < numBytes) {
+        const std::size_t numBefore = vAhead.size();
+        const auto numHere = static_cast<std::size_t>(std::min(step, numBytes - numBefore));
+        vAhead.resize(numBefore + numHere);
+        file.read(vAhead.data() + numBefore, static_cast<std::streamsize>(numHere));
         if (!file) return false;
-        vRecords.resize(numRead + numHere);
-        for (std::size_t i = 0; i < numHere; ++i) {
-            decode(vPiece.data() + i * recordSize, vRecords[numRead + i]);
-        }
-        numRead += numHere;
     }
-    if (bHasSize) numBytesLeft -= numBytes;
     return true;
+}
+
+/// Of bytes that are there.
+bool TriangulationReader::readBytes(char* pOut, std::size_t numBytes)
+{
+    if (!bHasSize) {
+        std::memcpy(pOut, vAhead.data() + numAheadUsed, numBytes);
+        numAheadUsed += numBytes;
+        return true;
+    }
+    numBytesLeft -= numBytes;
+    return static_cast<bool>(file.read(pOut, static_cast<std::streamsize>(numBytes)));
 }
 
 bool TriangulationReader::readIndices(std::size_t numIndices, std::vector<Index>& vIndices)
 {
-    return readRecords(numIndices, 4, vIndices,
-                       [](const char* p, Index& index) { index = static_cast<Index>(loadLE32(p)); });
+    if (!hasBytes(std::uint64_t(numIndices) * savedIndexSize)) return false;
+    vIndices.reserve(numIndices);
+    return readPieces(numIndices, savedIndexSize, [&vIndices](const char* p, std::size_t n) {
+        for (std::size_t i = 0; i < n; ++i) {
+            vIndices.push_back(static_cast<Index>(loadLE32(p + i * savedIndexSize)));
+        }
+        return true;
+    });
 }
 
-/// False when one is negative.
-bool TriangulationReader::readCounts(std::size_t* aCounts, std::size_t numCounts)
+/// False when it is negative.
+bool TriangulationReader::readCount(std::size_t& count)
 {
-    std::vector<Index> vCounts;
-    if (!readIndices(numCounts, vCounts)) return false;
-    if (*std::min_element(vCounts.begin(), vCounts.end()) < 0) return false;
-    std::copy(vCounts.begin(), vCounts.end(), aCounts);
+    std::vector<Index> v;
+    if (!readIndices(1, v) || v[0] < 0) return false;
+    count = static_cast<std::size_t>(v[0]);
     return true;
 }
 
@@ -133,36 +135,28 @@ bool TriangulationReader::readType()
     return bHasHeights || vType[0] == typeWithoutHeights;
 }
 
-bool TriangulationReader::readContent(SavedTriangulation& saved)
+bool TriangulationReader::readCounts(SavedCounts& counts)
 {
-    std::size_t aCounts[4] = {};
-    std::size_t mark = 0;
-    if (!readCounts(aCounts, 4)) return false;
-    const auto [numVertices, numSegments, numTriangles, numZones] = aCounts;
-    return readVertices(numVertices, saved.vVertices) && readIndices(3 * numTriangles, saved.vTriangles) &&
-           readIndices(2 * numSegments, saved.vSegments) && readZones(numZones, saved.vvZones) &&
-           readCounts(&mark, 1) && mark == endMark;
-}
-
-bool TriangulationReader::readVertices(std::size_t numVertices, std::vector<Point2>& vVertices)
-{
-    const bool bHeights = bHasHeights;
-    return readRecords(numVertices, bHeights ? 28 : 20, vVertices, [bHeights](const char* p, Point2& vertex) {
-        const double z = bHeights ? loadLEDouble(p + 16) : 0.0;
-        const std::uint32_t customIndex = loadLE32(p + (bHeights ? 24 : 16));
-        vertex.set(loadLEDouble(p), loadLEDouble(p + 8), z, static_cast<std::int32_t>(customIndex));
-    });
-}
-
-bool TriangulationReader::readZones(std::size_t numZones, std::vector<std::vector<Index>>& vvZones)
-{
-    for (std::size_t i = 0; i < numZones; ++i) {
-        std::size_t numEdges = 0;
-        std::vector<Index> vZone;
-        if (!readCounts(&numEdges, 1) || !readIndices(2 * numEdges, vZone)) return false;
-        vvZones.push_back(std::move(vZone));
+    if (!readCount(counts.numVertices) || !readCount(counts.numSegments) || !readCount(counts.numTriangles) ||
+        !readCount(counts.numZones)) {
+        return false;
     }
-    return true;
+    // Each count is below 2^31, each size below 2^5; a zone has its count of edges at least.
+    const std::uint64_t vertexSize = bHasHeights ? savedVertexSize : savedVertexSize - 8;
+    return hasBytes(counts.numVertices * vertexSize + std::uint64_t(counts.numTriangles) * savedTriangleSize +
+                    (2 * std::uint64_t(counts.numSegments) + counts.numZones + 1) * savedIndexSize);
+}
+
+bool TriangulationReader::readRest(const SavedCounts& counts, SavedIndices& indices)
+{
+    if (!readIndices(2 * counts.numSegments, indices.vSegments)) return false;
+    indices.vvZones.resize(counts.numZones);
+    for (std::vector<Index>& vZone : indices.vvZones) {
+        std::size_t numEdges = 0;
+        if (!readCount(numEdges) || !readIndices(2 * numEdges, vZone)) return false;
+    }
+    std::size_t mark = 0;
+    return readCount(mark) && mark == endMark;
 }
 
 } // namespace ORBI_LUMO25D
