@@ -1,5 +1,9 @@
 // A road is planned across a hill. Its centre line is laid on the surface, the surface is cut along both of its edges
 // without being changed, and the parcel that it runs through is cut out and measured.
+//
+//     cuts [PICTURE.ps]
+
+#include "Relief.h"
 
 #include "Lumo_2D.h"
 #include "freeFunctions.h"
@@ -10,7 +14,7 @@
 
 using namespace ORBI_LUMO25D;
 
-int main()
+int main(int argc, char** argv)
 {
     std::vector<Point2> vPoints;
     for (int y = 0; y <= 20; ++y) {
@@ -40,5 +44,16 @@ int main()
     pointsToPolyline({{150, 60, 0}, {240, 60, 0}, {240, 180, 0}, {150, 180, 0}}, true, vParcel);
     const Zone2* const pParcel = lumo.createZone_cookieCutter(vParcel, false);
     std::printf("parcel %.1f m2 on the map, %.1f m2 of surface\n", pParcel->getArea2D(), pParcel->getArea25D());
+    if (argc > 1) {
+        Visualizer2 picture(argv[1]);
+        std::vector<Triangle2*> vTriangles;
+        lumo.getTrianglePointers(vTriangles);
+        addRelief(vTriangles, picture);
+        lumo.show(&picture);
+        std::vector<ConstraintSegment2*> vCuts;
+        lumo.getAliveConstraintSegments(vCuts);
+        picture.addObject(vCuts, Color(CRED, 1.0F));
+        pParcel->show(&picture, Color(CBLUE, 0.6F));
+    }
     return 0;
 }

@@ -6,9 +6,9 @@
 // answers heights at positions, and leaves two drawings, a page for the browser and the points in both file forms.
 
 #include "LocalMetres.h"
+#include "Relief.h"
 
 #include "Lumo_2D.h"
-#include "Vector2.h"
 #include "Visualizer2.h"
 #include "freeFunctions.h"
 
@@ -17,7 +17,6 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -111,40 +110,18 @@ void printHeights(const Lumo_2D& lumo)
     }
 }
 
-/// Green valleys, brown slopes, white tops; brighter where the slope faces the light in the north-west.
-Color reliefColor(const Triangle2& t, double minZ, double maxZ)
-{
-    static const double aTints[][3] = {{0.36, 0.55, 0.33}, {0.72, 0.73, 0.45}, {0.66, 0.50, 0.34}, {0.97, 0.96, 0.95}};
-    const double level = maxZ > minZ ? (t.getBarycenter().z() - minZ) / (maxZ - minZ) * 2.999 : 0.0;
-    const int band = static_cast<int>(level);
-    const Vector2 normal = t.getNormalVector();
-    const double light = std::clamp(0.35 + 0.65 * (normal * Vector2(-0.5, 0.5, 0.7071)) / 0.7071, 0.2, 1.15);
-    double rgb[3];
-    for (int i = 0; i < 3; ++i) {
-        const double tint = aTints[band][i] + (level - band) * (aTints[band + 1][i] - aTints[band][i]);
-        rgb[i] = std::round(std::min(tint * light, 1.0) * 64.0) / 64.0; // few different colours make a small file
-    }
-    return Color(rgb[0], rgb[1], rgb[2], 0.0, true);
-}
-
-void addRelief(const Lumo_2D& lumo, Visualizer2& visualizer)
+void addReliefOf(const Lumo_2D& lumo, Visualizer2& visualizer)
 {
     std::vector<Triangle2*> vTriangles;
     lumo.getTrianglePointers(vTriangles);
-    double minZ = std::numeric_limits<double>::max();
-    double maxZ = std::numeric_limits<double>::lowest();
-    for (const Triangle2* pT : vTriangles) {
-        minZ = std::min(minZ, pT->getBarycenter().z());
-        maxZ = std::max(maxZ, pT->getBarycenter().z());
-    }
-    for (const Triangle2* pT : vTriangles) visualizer.addObject(*pT, reliefColor(*pT, minZ, maxZ));
+    addRelief(vTriangles, visualizer);
 }
 
 void drawRelief(const Lumo_2D& lumo, const std::string& filename)
 {
     Visualizer2 visualizer(filename.c_str());
     visualizer.addHeaderLine("Every triangle, tinted by its height and lit from the north-west");
-    addRelief(lumo, visualizer);
+    addReliefOf(lumo, visualizer);
     visualizer.writeFile();
 }
 
@@ -160,7 +137,7 @@ void drawDetail(const std::vector<Point2>& vPoints, double halfWidth, const std:
     Lumo_2D detail;
     detail.insert(vNear);
     Visualizer2 visualizer(filename.c_str());
-    addRelief(detail, visualizer);
+    addReliefOf(detail, visualizer);
     detail.show(&visualizer);
     visualizer.addObject(Label(summit, "summit", true, 14), Color(CBLACK, 1.0F, false));
     visualizer.writeFile();

@@ -48,7 +48,7 @@ int main(int argc, char** argv)
                 smallest);
 
     Visualizer2 drawing(argv[1]);
-    pYard->show(&drawing, Color(CBLACK));
+    pYard->show(&drawing, Color(CBLACK, 0.4F));
     drawing.writeFile();
     return 0;
 }

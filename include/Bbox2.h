@@ -49,6 +49,7 @@ public:
     /// The same for n triples x, y, z; false for n = 0, which changes nothing.
     bool add(std::size_t n, const double* coords);
 
+    /// The four bounds; of a new box, the largest double for the minima and the lowest for the maxima.
     void getBounds(double& minX_, double& minY_, double& maxX_, double& maxY_) const
     {
         minX_ = minX;
@@ -56,6 +57,7 @@ public:
         maxX_ = maxX;
         maxY_ = maxY;
     }
+    /// One bound each.
     double get_minX() const { return minX; }
     double get_minY() const { return minY; }
     double get_maxX() const { return maxX; }

@@ -35,6 +35,7 @@ public:
     CAF_Component(const std::vector<Triangle2*>& vT_,
                   const std::map<Point2*, std::pair<double, double>>& mVtx2BeforeAfter, int label_);
 
+    /// What became of the ground here.
     CAFTYP getCAFType() const { return caftype; }
     /// The volume, in cubes of the coordinates' unit: not negative, for triangles that are counterclockwise.
     double getVolume() const { return volume; }

@@ -14,11 +14,14 @@ namespace ORBI_LUMO25D
 class LUMO25D_API Circle2
 {
 public:
+    /// The height of the centre is dropped. A squared radius below 0 has no radius: getRadius() gives NaN.
     Circle2(double x, double y, double sqRadius_) : center(x, y, 0.0), sqRadius(sqRadius_) {}
     Circle2(const Point2& center_, double sqRadius_) : center(center_.x(), center_.y(), 0.0), sqRadius(sqRadius_) {}
 
+    /// In the unit of the coordinates; its square.
     double getRadius() const { return std::sqrt(sqRadius); }
     double getSqRadius() const { return sqRadius; }
+    /// With z 0.
     Point2 getCenter() const { return center; }
 
 private:

@@ -26,7 +26,7 @@ enum SumStrategy : int
 /// What is kept of the cloud's convex hull. Cells with a hull point become their hull points instead of a summary.
 enum ConvexHullStrategy : int
 {
-    CHS_NOHULL = 0,
+    CHS_NOHULL = 0,  ///< nothing: cells at the border become one point as well
     CHS_MAXHULL = 1, ///< all points on the hull, those in the middle of a straight side included
     CHS_MINHULL = 2  ///< the hull's corners only
 };
@@ -66,6 +66,7 @@ public:
     /// num triples x, y, z.
     void add(std::size_t num, const double* aCoordinates);
 
+    /// As many as the last simplification left and were added since.
     std::size_t getNumPoints() const;
     /// Appends all points.
     void getPoints(std::vector<Point2>& vPoints) const;

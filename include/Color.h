@@ -48,11 +48,11 @@ public:
     /// The counter is one for the process and not protected: for one thread only.
     static Colorname getNextColorName();
 
-    float r = 0.0F;
-    float g = 0.0F;
-    float b = 0.0F;
-    float width = 0.1F;
-    bool bFill = false;
+    float r = 0.0F;     ///< red, 0 to 1
+    float g = 0.0F;     ///< green, 0 to 1
+    float b = 0.0F;     ///< blue, 0 to 1
+    float width = 0.1F; ///< of lines, in points of the page
+    bool bFill = false; ///< whether triangles and circles are filled
 
     /// What getNextColorName() returned last. A value that is no name is warned about and gives CBLACK.
     static Colorname currentColorName;

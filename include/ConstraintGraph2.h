@@ -27,6 +27,7 @@ class Visualizer2;
 class LUMO25D_API ConstraintGraph2
 {
 public:
+    /// Two vertices, the one with the lower address first.
     using VertexPair = std::pair<Point2*, Point2*>;
     /// Whether the caller's direction runs against that of the segment with these ends, lower address first.
     using Directions = std::map<VertexPair, bool>;
@@ -40,11 +41,14 @@ public:
     ConstraintGraph2& operator=(const ConstraintGraph2&) = delete;
     ~ConstraintGraph2() = default;
 
+    /// True when the segments close to one simple ring.
     bool isPolygon() const { return bPolygon; }
+    /// True when the graph has an inside, on the left of its segments: for a polygon, and for directions that were given.
     bool isOriented() const { return bOriented; }
+    /// As it was asked for at createConstraint().
     ConstraintInsertionStrategy getInsertionStrategy() const { return cis; }
 
-    /// The segments that were given; a split doesn't change them.
+    /// Sets vSegments to the segments that were given; a split doesn't change them.
     void getOriginalConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const { vSegments = vCSegParents; }
     /// The alive segments below them, in the order and direction of the graph. Linear in the size of the hierarchy.
     void getChildConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;

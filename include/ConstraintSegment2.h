@@ -47,10 +47,14 @@ public:
     ConstraintSegment2& operator=(const ConstraintSegment2&) = delete;
     ~ConstraintSegment2() = default;
 
+    /// The end with the lower address, with the higher one.
     Point2* getSrc() const { return p0; }
     Point2* getTrg() const { return p1; }
+    /// How the segment got in; children have the strategy of their parent.
     ConstraintInsertionStrategy getCIS() const { return cis; }
+    /// True while the segment itself stands in the mesh, or waits to.
     bool isAlive() const { return bAlive && aChildren[0] == nullptr; }
+    /// How many graphs hold it.
     unsigned int getNumberOfOwners() const;
 
     /// An area that belongs to the segment; the largest double when it wasn't computed.

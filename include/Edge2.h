@@ -19,6 +19,7 @@ public:
     /// The edge of pT opposite its corner oppIdx, which must be 0, 1 or 2.
     Edge2(Triangle2* pT_, int oppIdx_) : pT(pT_), oppIdx(oppIdx_) {}
 
+    /// The ends: the triangle is on the left on the way from source to target.
     Point2* getSrc() const { return pT->getCorner(incIndexBy1(oppIdx)); }
     Point2* getTrg() const { return pT->getCorner(incIndexBy2(oppIdx)); }
     void getPoints(Point2*& p0, Point2*& p1) const
@@ -27,6 +28,7 @@ public:
         p1 = getTrg();
     }
 
+    /// The triangle that was given, and the index of the corner opposite the edge.
     Triangle2* getTriangle() const { return pT; }
     int getIndex() const { return oppIdx; }
     /// This side (triangle and opposite index) and the other side. On the hull pT1 is NULL and idx1 is -1.
@@ -36,6 +38,7 @@ public:
     double getLength2D() const { return pT->getSquaredEdgeLength2D(oppIdx); }
     double getLength25D() const { return pT->getSquaredEdgeLength25D(oppIdx); }
 
+    /// The same side of the same edge; the other side isn't equal.
     bool operator==(const Edge2& other) const { return pT == other.pT && oppIdx == other.oppIdx; }
     bool operator!=(const Edge2& other) const { return !(*this == other); }
     /// By the triangle's address, then by the index; differs from run to run.

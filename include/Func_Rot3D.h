@@ -23,6 +23,7 @@ public:
     /// rotation takes place.
     explicit Func_Rot3D(const Vector2& nnv, bool bSilent = false);
 
+    /// True when points stay where they are.
     bool isIdentity() const { return bIdentity; }
     /// The rotated point, without the custom index.
     Point2 operator()(const Point2& p) const;

@@ -16,6 +16,7 @@ namespace ORBI_LUMO25D
 /// may go on, but the object that raised it may be left half-changed: destroy it, and don't use it otherwise.
 struct LUMO25D_API LumoException : public std::exception
 {
+    /// Nothing to hold: the text is fixed.
     LumoException() = default;
     LumoException(const LumoException&) = default;
     LumoException& operator=(const LumoException&) = default;

@@ -16,10 +16,12 @@ namespace ORBI_LUMO25D
 class LUMO25D_API LumoExport
 {
 public:
+    /// Empty arrays; a deep copy; one that takes the arrays over and leaves the other record empty.
     LumoExport() = default;
     LumoExport(const LumoExport& other);
     LumoExport(LumoExport&& other) noexcept;
     LumoExport& operator=(LumoExport other) noexcept;
+    /// Frees the arrays.
     ~LumoExport();
 
     /// The corners of triangle t, counterclockwise, as numbers of vertices from 0. No check: 0 <= t < numTriangles.
@@ -35,11 +37,12 @@ public:
     /// Writes everything to the standard output.
     void print() const;
 
+    /// Exchanges the contents of two records in constant time.
     void swap(LumoExport& other) noexcept;
 
-    std::int32_t numCustomIndices = 0; ///< entries of aCustomIndices; 0 when they weren't asked for
-    std::int32_t numTriangles = 0;
-    std::int32_t numPoints = 0;
+    std::int32_t numCustomIndices = 0;      ///< entries of aCustomIndices; 0 when they weren't asked for
+    std::int32_t numTriangles = 0;          ///< triples in aTriangles
+    std::int32_t numPoints = 0;             ///< vertices in aCoords
     double* aCoords = nullptr;              ///< dim doubles for each vertex
     std::int32_t* aCustomIndices = nullptr; ///< for each vertex, or NULL
     std::int32_t* aTriangles = nullptr;     ///< three vertex numbers for each triangle

@@ -92,9 +92,9 @@ public:
     /// bOrientedSegments: the graph keeps the segments' directions.
     ConstraintGraph2* createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                        bool bOrientedSegments = false);
-    /// Whether an alive constraint lies on the edge opposite corner ith of a triangle; joins two vertices; whether a vertex
-    /// is or was the end of one. Constant time. False for NULL.
+    /// Whether an alive constraint lies on the edge opposite corner ith of a triangle. Constant time. False for NULL.
     bool isConstraint(Triangle2* pT, int ith) const;
+    /// Whether an alive constraint joins two vertices, whether a vertex is or was the end of one. Likewise.
     bool isConstraint(Point2* pA, Point2* pB) const;
     bool isConstraint(Point2* pVertex) const;
     /// The alive constraint between two vertices, or NULL.
@@ -120,8 +120,8 @@ public:
 
     // ---- zones --------------------------------------------------------------------------------------------------
 
-    /// A zone belongs to the triangulation. Where NULL is returned, bVerbose adds a warning to what was told before.
-    ///
+    // Zones belong to the triangulation. Where NULL is returned, bVerbose adds a warning to what was told before.
+
     /// All triangles (ZL_GLOBAL, without a graph), or those inside or outside of an oriented graph: a polygon, or segments
     /// with directions of their own that close to rings, with the inside on their left. NULL without area, without a graph,
     /// and for one that isn't oriented.
@@ -200,10 +200,12 @@ public:
 
     // ---- state --------------------------------------------------------------------------------------------------
 
-    /// True when there are triangles.
+    /// True when there are triangles: when three vertices aren't on one line. Both answer the same.
     bool hasArea() const;
     bool is2D() const;
+    /// How many vertices there are: duplicates count once, removed ones not at all, those that wait for area do.
     std::size_t numberOfPoints() const;
+    /// How many triangles there are, between constraints and in holes of zones, too. 0 without area.
     std::size_t numberOfTriangles() const;
 
     // ---- queries ------------------------------------------------------------------------------------------------
@@ -295,12 +297,14 @@ public:
 
     /// Subscribes a listener, which stays the caller's and must live until it is unsubscribed or this object ends.
     void subscribe(MsgType msgType, MsgBase* pMsg);
+    /// Ends a subscription; one that isn't there is no mistake.
     void unsubscribe(MsgType msgType, MsgBase* pMsg);
 
     /// The engine: for the library's own classes.
     Dt2* getImpl() const { return pImpl; }
 
 protected:
+    /// Makes the engine; for the constructor.
     void initLumo(std::size_t numExpectedVertices);
 
 private:

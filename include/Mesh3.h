@@ -48,6 +48,7 @@ public:
     Mesh3(const Mesh3&) = delete;
     Mesh3& operator=(const Mesh3&) = delete;
 
+    /// All that were made: nothing is ever removed.
     std::size_t numberOfVertices() const;
     std::size_t numberOfTriangles() const;
     /// Append all vertices, all triangles.

@@ -31,6 +31,7 @@ class Zone2;
 class LUMO25D_API MeshGenParams
 {
 public:
+    /// Constraints that no refinement may split.
     using LockedConstraints = std::set<ConstraintSegment2*>;
 
     /// The zone must be an inside or a bounded zone (see Zone2::convertToBoundedZone()): for another one a message on the
@@ -53,6 +54,7 @@ public:
     Lumo_2D* pGuideTriangulation = nullptr;
     /// A triangle whose barycentre is farther above or below the guide is refined. Without a guide of no effect.
     double maxGuideHeightError = std::numeric_limits<double>::max();
+    /// What is refined: an inside or a bounded zone.
     Zone2* pZone = nullptr;
     /// The smallest angle of a triangle in degrees, at most 30.
     double minAngleDegree = 20.0;
@@ -61,6 +63,7 @@ public:
     double minEdgeLength = 0.001;
     /// The longest edge of a triangle.
     double maxEdgeLength = std::numeric_limits<double>::max();
+    /// The largest area of a triangle.
     double maxTriangleArea = std::numeric_limits<double>::max();
     /// Whether constraints may be split at all; without that, many triangles beside them stay as they are.
     bool bAllowConstraintSplitting = true;

@@ -26,6 +26,7 @@ enum MsgType : int
 class LUMO25D_API MsgBase
 {
 public:
+    /// A listener has no state but that of the class derived.
     MsgBase() = default;
     MsgBase(const MsgBase&) = default;
     MsgBase& operator=(const MsgBase&) = default;

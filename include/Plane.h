@@ -31,14 +31,17 @@ public:
     {
         return normal.x() * p.x() + normal.y() * p.y() + normal.z() * p.z() - d;
     }
+    /// The distance without its sign.
     double distance(const Point2& p) const { return std::fabs(signedDistance(p)); }
+    /// Strictly on that side, or on the other one; decided in rounded arithmetic, so that points on the plane may get any
+    /// answer.
     bool hasOnPositiveSide(const Point2& p) const { return signedDistance(p) > 0.0; }
     bool hasOnNegativeSide(const Point2& p) const { return signedDistance(p) < 0.0; }
     /// The foot of the perpendicular from p.
     Point2 projection(const Point2& p) const { return p - normal * signedDistance(p); }
 
-    Vector2 normal;
-    double d = 0.0;
+    Vector2 normal; ///< of length 1, or null
+    double d = 0.0; ///< the distance of the plane from the origin, along the normal
 };
 
 } // namespace ORBI_LUMO25D

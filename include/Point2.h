@@ -28,7 +28,10 @@ class LUMO25D_API Point2
 public:
     /// All three coordinates are the most negative finite double.
     Point2() = default;
+
+    /// A plain point without a custom index.
     Point2(double x, double y, double z) : coordX(x), coordY(y), coordZ(z) {}
+    /// By law 2.
     Point2(const Point2& other)
         : coordX(other.coordX), coordY(other.coordY), coordZ(other.coordZ), customIndex(other.customIndex)
     {
@@ -42,6 +45,7 @@ public:
 
     /// Takes the coordinates and the custom index of other; this point belongs to no triangle afterwards.
     void set(const Point2& other) { set(other.coordX, other.coordY, other.coordZ, other.customIndex); }
+    /// The same from numbers.
     void set(double x, double y, double z, std::int32_t customIndex_)
     {
         coordX = x;
@@ -62,6 +66,7 @@ public:
     void setHeight(double z) { coordZ = z; }
     void setZ(double z) { coordZ = z; }
 
+    /// The coordinates; the height is z.
     double x() const { return coordX; }
     double y() const { return coordY; }
     double z() const { return coordZ; }
@@ -129,6 +134,7 @@ private:
 /// Order by x, then y, then z.
 struct LUMO25D_API Func_ltPointXYZ
 {
+    /// True when a comes before b. NULL isn't allowed.
     bool operator()(const Point2& a, const Point2& b) const
     {
         if (a.x() != b.x()) return a.x() < b.x();

@@ -16,12 +16,15 @@ class LUMO25D_API Segment2
 public:
     /// Both ends at the most negative finite double.
     Segment2() = default;
+
+    /// From source to target.
     Segment2(const Point2& source, const Point2& target) : src(source), trg(target) {}
 
     /// Copies of the ends.
     Point2 getSrc() const { return src; }
     Point2 getTrg() const { return trg; }
 
+    /// Turns the direction round.
     void swapSrcTrg() { std::swap(src, trg); }
 
     /// Squared length in the plane, in space.
@@ -44,13 +47,14 @@ public:
     }
     bool operator!=(const Segment2& other) const { return !(*this == other); }
 
-    Point2 src;
-    Point2 trg;
+    Point2 src; ///< where the segment starts
+    Point2 trg; ///< where it ends
 };
 
 /// Strict order of segments by source, then by target (x, then y); the direction counts, heights don't.
 struct LUMO25D_API Func_compareSegment
 {
+    /// True when A comes before B. NULL isn't allowed.
     bool operator()(const Segment2* pA, const Segment2* pB) const
     {
         if (pA->src < pB->src) return true;

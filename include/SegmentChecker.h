@@ -40,11 +40,14 @@ class LUMO25D_API SegmentChecker
 public:
     /// An empty checker: good for the operations on pairs.
     SegmentChecker();
+
+    /// Takes the pointers over.
     explicit SegmentChecker(const std::vector<Segment2*>& vSegments);
     ~SegmentChecker();
     SegmentChecker(const SegmentChecker&) = delete;
     SegmentChecker& operator=(const SegmentChecker&) = delete;
 
+    /// Those that were given, but for the refused ones.
     std::size_t getNumberOfSegments() const;
     /// An index out of range is a failed condition.
     Segment2* getSegment(std::size_t i) const;

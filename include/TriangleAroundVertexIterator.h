@@ -33,6 +33,7 @@ public:
     /// The triangle the walk stands on; NULL outside the hull.
     Triangle2* operator*() const { return pTr; }
 
+    /// One step counterclockwise.
     TriangleAroundVertexIterator& operator++()
     {
         if (pTr == nullptr) {
@@ -44,6 +45,7 @@ public:
         pTr = pTr->neighbor(i == 2 ? 0 : i + 1);
         return *this;
     }
+    /// One step clockwise.
     TriangleAroundVertexIterator& operator--()
     {
         if (pTr == nullptr) {

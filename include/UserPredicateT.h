@@ -17,6 +17,7 @@ class Triangle2;
 class LUMO25D_API UserPredicateT
 {
 public:
+    /// A predicate has no state but that of the class derived.
     UserPredicateT() = default;
     UserPredicateT(const UserPredicateT&) = default;
     UserPredicateT& operator=(const UserPredicateT&) = default;

@@ -15,12 +15,15 @@ namespace ORBI_LUMO25D
 class LUMO25D_API Vector2
 {
 public:
+    /// The null vector, or one by its components.
     Vector2() = default;
     Vector2(double x, double y, double z) : valX(x), valY(y), valZ(z) {}
 
+    /// The components.
     double x() const { return valX; }
     double y() const { return valY; }
     double z() const { return valZ; }
+    /// Sets all three.
     void set(double x, double y, double z)
     {
         valX = x;
@@ -28,6 +31,7 @@ public:
         valZ = z;
     }
 
+    /// The square of the length; overflows and vanishes where the squares of the components do.
     double sqLength() const { return valX * valX + valY * valY + valZ * valZ; }
     /// Right at every magnitude: squares that would overflow or vanish are avoided. Infinite only when the length is.
     double length() const;
@@ -50,6 +54,7 @@ public:
 
     /// Scalar product.
     double operator*(const Vector2& other) const { return valX * other.valX + valY * other.valY + valZ * other.valZ; }
+    /// By components.
     Vector2 operator*(double factor) const { return Vector2(valX * factor, valY * factor, valZ * factor); }
     Vector2 operator/(double divisor) const { return Vector2(valX / divisor, valY / divisor, valZ / divisor); }
     Vector2 operator+(const Vector2& other) const
@@ -68,6 +73,7 @@ private:
     double valZ = 0.0;
 };
 
+/// As v * factor.
 inline Vector2 operator*(double factor, const Vector2& v)
 {
     return v * factor;

@@ -16,6 +16,7 @@ namespace ORBI_LUMO25D
 class LUMO25D_API VertexPair2
 {
 public:
+    /// In either order.
     VertexPair2(Point2* pA, Point2* pB) : pP0(pA), pP1(pB)
     {
         if (std::less<Point2*>()(pB, pA)) {

@@ -100,8 +100,11 @@ public:
 
     // ---- the rule ---------------------------------------------------------------------------------------------------
 
+    /// The rule's kind.
     ZoneLocation getZoneLocation() const { return zoneLoc; }
+    /// The engine that the zone belongs to: for the library's own classes.
     Dt2* getDelaunayTriangulation() const { return pDt; }
+    /// How many graphs bound the zone; 0 for combinations.
     std::size_t numberOfConstraintGraphs() const { return vConstraintGraphs.size(); }
     /// Appends them.
     void getConstraintGraphs(std::vector<ConstraintGraph2*>& vGraphs) const;
