@@ -295,7 +295,9 @@ public:
 
     // ---- progress -----------------------------------------------------------------------------------------------
 
-    /// Subscribes a listener, which stays the caller's and must live until it is unsubscribed or this object ends.
+    /// Subscribes a listener, which stays the caller's and must live until it is unsubscribed or this object ends. What it
+    /// throws ends the operation and is handed on. Of a bulk insertion that ends so, some or all points may be in, the
+    /// others are forgotten, and all that was there before is still there.
     void subscribe(MsgType msgType, MsgBase* pMsg);
     /// Ends a subscription; one that isn't there is no mistake.
     void unsubscribe(MsgType msgType, MsgBase* pMsg);

@@ -147,9 +147,9 @@ void InserterMT::startWork()
 {
     LUMO_CHECK(vStartedChunks.empty(), "sStartedChunks.empty()");
     vIsWaiting.assign(vChunks.size(), true);
-    vStartedChunks.reserve(static_cast<std::size_t>(pDt2->numCPU));
     numWaiting = vChunks.size();
-    const auto numThreads = static_cast<std::size_t>(pDt2->numCPU);
+    const std::size_t numThreads = std::min(static_cast<std::size_t>(pDt2->numCPU), vChunks.size());
+    vStartedChunks.reserve(numThreads);
     std::vector<std::thread> vThreads;
     vThreads.reserve(numThreads);
     try {

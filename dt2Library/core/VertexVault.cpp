@@ -625,13 +625,11 @@ void VertexVault::setInactive(Point2* pVtx)
     if (!bFullDimensional) sortIfNeeded(numSorted == vItems.size());
 }
 
-void VertexVault::dropPointsWithoutTriangle()
+void VertexVault::dropPointsWithoutTriangle(std::size_t firstToDrop)
 {
-    if (!bFullDimensional) findDupsWithoutArea();
     vRedundant2Unique.clear();
-    if (!bFullDimensional) return;
-    for (IdxVtxAct& item : vItems) {
-        if (item.bActive && item.pVtx->getIncidentTriangle() == nullptr) deactivate(item);
+    for (std::size_t i = firstToDrop; i < vItems.size(); ++i) {
+        if (vItems[i].bActive && vItems[i].pVtx->getIncidentTriangle() == nullptr) deactivate(vItems[i]);
     }
 }
 
@@ -671,9 +669,11 @@ bool VertexVault::createFakeBox(const Bbox2& box)
     }
     std::vector<Point2> vCorners;
     outer.getCorners(vCorners);
+    std::vector<std::unique_ptr<Point2>> vHandles; // all four, or none
     for (const Point2& corner : vCorners) {
-        vFakeBoxHandles.push_back(std::make_unique<Point2>(corner));
+        vHandles.push_back(std::make_unique<Point2>(corner));
     }
+    vFakeBoxHandles.swap(vHandles);
     if (bFullDimensional) {
         for (const auto& pCorner : vFakeBoxHandles) {
             Point2* pVtx = pCorner.get();

@@ -117,8 +117,8 @@ public:
     void reindexAll();
     /// Switches the item of a removed vertex off and takes the vertex's incident triangle away.
     void setInactive(Point2* pVtx);
-    /// After a broken-off bulk insertion: switches off the vertices that have no triangle; without area, duplicates only.
-    void dropPointsWithoutTriangle();
+    /// After a broken-off bulk insertion: switches off the vertices that have no triangle, of the items from a position on.
+    void dropPointsWithoutTriangle(std::size_t firstToDrop);
     /// Forgets that waiting points were looked at; to be called when area comes or goes.
     void areaChanged();
 

@@ -270,24 +270,27 @@ void Dt2::insertBulk(const char* stepName, std::size_t numPoints, std::vector<Po
                      const AppendToVault& append)
 {
     // Points that wait without area are part of this bulk: with the fake box they get area now.
-    const bool bHadArea = bFullDimensional;
+    const std::size_t numWaiting = bFullDimensional ? 0 : vertexVault.numItems();
     poolTriangles.reserve(2 * numPoints + 3);
-    if (bFakeBox) vertexVault.createFakeBox(bbox);
     progress.start(stepName, tenPercentMore(numPoints));
     try {
+        if (bFakeBox) {
+            const Progress::Muted muted(progress);
+            vertexVault.createFakeBox(bbox);
+        }
         std::size_t numPreExisting = 0;
         append(numPreExisting);
         progress.step(numPoints / 10);
-        triangulateNewItems(bHadArea ? numPreExisting : 0, numPreExisting);
+        triangulateNewItems(numPreExisting - numWaiting, numPreExisting);
+        vertexVault.treatDupsAndHandles(pHandles);
+        LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
+        vertexVault.sortIfNeeded(true);
+        if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
     } catch (...) {
-        giveUpBulk();
+        giveUpBulk(numWaiting);
         throw;
     }
-    vertexVault.treatDupsAndHandles(pHandles);
-    LUMO_CHECK(vertexVault.dupIsClean(), "vertexVault.dupIsClean()");
-    vertexVault.sortIfNeeded(true);
     progress.finish();
-    if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
 }
 
 /// Inserts the items that wait since before this bulk, then the new ones: so the older of two equal points is first.
@@ -310,26 +313,20 @@ void Dt2::triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew)
 
 /// A subscriber may throw in the middle of a bulk, or memory may run out, on a worker, too: what is in the mesh stays, the
 /// other points are dropped, and the triangulation can be used as before. (A vertex whose repair broke off for want of
-/// memory leaves edges that aren't Delaunay.) Should memory be wanting even for the removal of the fake box, it can only be
-/// destroyed.
-void Dt2::giveUpBulk()
+/// memory leaves edges that aren't Delaunay.) The first numWaiting items go into the mesh or, if there is none, wait on:
+/// earlier calls have given the caller handles of them, and segments have them for ends. Should memory be wanting even for
+/// that or for the removal of the fake box, the triangulation can only be destroyed.
+void Dt2::giveUpBulk(std::size_t numWaiting)
 {
     if (vertexVault.hasFakeBox()) vertexVault.removeFakeBox();
-    vertexVault.dropPointsWithoutTriangle();
+    if (bFullDimensional && numWaiting > 0) {
+        const Progress::Muted muted(progress);
+        const IdxVtxAct* const pItems = vertexVault.begin();
+        triangulateRec(pItems, pItems + numWaiting, vertexVault.getCloseTriangle(pItems->idx));
+    }
+    vertexVault.dropPointsWithoutTriangle(numWaiting);
     // Last, because it wants memory; without it, look-ups are slow.
     vertexVault.sortIfNeeded(true);
-}
-
-/// Segments keep their ends: those that have waited for area since before the bulk go into the mesh.
-void Dt2::insertWaitingConstraintEnds()
-{
-    if (!bFullDimensional || pConstraintMgr->empty()) return;
-    const Progress::Muted muted(progress);
-    for (const IdxVtxAct* pItem = vertexVault.begin(); pItem != vertexVault.end(); ++pItem) {
-        Point2* pVtx = pItem->pVtx;
-        if (!pItem->bActive || pVtx->getIncidentTriangle() != nullptr) continue;
-        if (pConstraintMgr->isConstraintVertex(pVtx)) insertOneVertex(&pVtx, vertexVault.getCloseTriangle(pItem->idx));
-    }
 }
 
 void Dt2::insertToVVault(const std::vector<Point2>& vInputPoints, std::vector<Point2*>* pHandles)

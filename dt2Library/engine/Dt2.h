@@ -358,8 +358,7 @@ private:
     void insertBulk(const char* stepName, std::size_t numPoints, std::vector<Point2*>* pHandles, bool bFakeBox,
                     const AppendToVault& append);
     void triangulateNewItems(std::size_t firstWaiting, std::size_t firstNew);
-    void giveUpBulk();
-    void insertWaitingConstraintEnds();
+    void giveUpBulk(std::size_t numWaiting);
 
     // Dt2_constraints.cpp
     /// If a constraint stood between two vertices, it is split at a vertex that has come onto its edge.

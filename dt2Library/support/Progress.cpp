@@ -87,7 +87,16 @@ void Progress::stepHeard(std::uint64_t n)
     if (total == 0 || bDone) return;
     current += n;
     if (current % stepSize != 0) return;
+    try {
+        report();
+    } catch (...) {
+        endStep(); // what comes next is no part of it
+        throw;
+    }
+}
 
+void Progress::report()
+{
     // By index: a parent's subscriber may unlink publishers.
     for (std::size_t i = 0; i < vParents.size(); ++i) {
         vParents[i]->step(0);
@@ -103,8 +112,13 @@ void Progress::stepHeard(std::uint64_t n)
 void Progress::finish()
 {
     if (bSuppressed || mSubscribers.empty()) return;
-    current = total;
-    if (!bDone) notify(MSG_PROGRESS, stepName, 1.0);
+    const std::string endedStep = stepName;
+    endStep();
+    if (!bDone) notify(MSG_PROGRESS, endedStep, 1.0);
+}
+
+void Progress::endStep()
+{
     stepName.clear();
     total = 0;
     current = 0;

@@ -20,8 +20,8 @@ namespace ORBI_LUMO25D
 /// Publishers can be nested: a child's fraction counts as part of its parent's, and a child that moves makes
 /// its parents report. The links undo themselves when either side is destroyed.
 ///
-/// A subscriber may throw from update(), and may subscribe and unsubscribe anybody there; it must not destroy
-/// the publisher.
+/// A subscriber may throw from update(), which ends the step, and may subscribe and unsubscribe anybody there;
+/// it must not destroy the publisher.
 class Progress
 {
 public:
@@ -91,6 +91,8 @@ public:
 
 private:
     void stepHeard(std::uint64_t n);
+    void report();
+    void endStep();
     bool isSubscribed(MsgType msgType, const MsgBase* pMsg) const;
     bool reaches(const Progress* pOther) const;
 

@@ -218,31 +218,40 @@ TEST(Insertion, fastModeLeavesAnInvalidMesh)
     }
 }
 
-/// Breaks off after some reports.
+/// Breaks off when so much is done.
 struct Interrupter : public MsgBase
 {
-    int numLeft = 5;
-    void update(MsgType, const char*, double) override
+    explicit Interrupter(double limit_) : limit(limit_) {}
+    void update(MsgType, const char*, double fraction) override
     {
-        if (--numLeft == 0) throw std::runtime_error("stop");
+        if (fraction >= limit) throw std::runtime_error("stop");
     }
+    double limit;
 };
 
-TEST(Insertion, aListenerThatThrowsLeavesAnUnsoundTriangulation)
+TEST(Insertion, aListenerThatThrowsLeavesAnUnsoundTriangulationOrLosesOlderPoints)
 {
-    Points vPoints;
-    for (int i = 0; i < 3000; ++i) vPoints.emplace_back((i * 37) % 101 + 0.01 * (i % 13), (i * 53) % 97, i);
+    Points vPoints = oracles::Dice(3).points(10000, 100, 97); // enough for threads
+    Points vWaiting;
+    for (int i = 0; i < 150; ++i) vWaiting.emplace_back(i, i, -1.0);
+    Points vAll(vWaiting);
+    vAll.insert(vAll.end(), vPoints.begin(), vPoints.end());
     for (const int numCPU : {1, 4}) {
-        Lumo_2D lumo;
-        lumo.setNumCPU(numCPU);
-        Interrupter interrupter;
-        if (numCPU > 1) interrupter.numLeft = 1; // reports are rarer there
-        lumo.subscribe(MSG_PROGRESS, &interrupter);
-        EXPECT_THROW(lumo.insert(vPoints), std::runtime_error);
-        EXPECT_TRUE(lumo.checkValidity(true, "interrupted"));
-        lumo.unsubscribe(MSG_PROGRESS, &interrupter);
-        lumo.insert(vPoints);
-        expectSound(lumo, vPoints, false);
+        for (const double limit : {0.0, 0.5, 1.0}) {
+            SCOPED_TRACE(::testing::Message() << numCPU << " threads, at " << limit);
+            Lumo_2D lumo;
+            lumo.setNumCPU(numCPU);
+            Handles vHandles;
+            lumo.insert(vWaiting, vHandles);
+            Interrupter interrupter(limit);
+            lumo.subscribe(MSG_PROGRESS, &interrupter);
+            EXPECT_THROW(lumo.insert(vPoints), std::runtime_error);
+            EXPECT_TRUE(lumo.checkValidity(true, "interrupted"));
+            lumo.unsubscribe(MSG_PROGRESS, &interrupter);
+            lumo.insert(vPoints);
+            expectSound(lumo, vAll, false);
+            for (const Point2* p : vHandles) ASSERT_TRUE(p->getIncidentTriangle() != nullptr);
+        }
     }
 }
 

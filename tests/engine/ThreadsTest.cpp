@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <functional>
+#include <limits>
 #include <new>
 #include <string>
 #include <thread>
@@ -155,6 +156,7 @@ TEST(Threads, laterBulksAndRemovalsGoOnFromAThreadedOne)
     Lumo_2D fewer;
     fewer.insert(Points(vFirst.begin() + 1500, vFirst.end()));
     EXPECT_TRUE(trianglesOf(lumo) == trianglesOf(fewer));
+    lumo.setNumCPU(std::numeric_limits<int>::max()); // no more are started than there is work for
     lumo.insert(vPoints);
     EXPECT_TRUE(lumo.checkValidity(true, "second bulk"));
     EXPECT_EQ(lumo.numberOfPoints(), vPoints.size());
