@@ -50,7 +50,7 @@ public:
 
     /// Sets vSegments to the segments that were given; a split doesn't change them.
     void getOriginalConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const { vSegments = vCSegParents; }
-    /// The alive segments below them, in the order and direction of the graph. Linear in the size of the hierarchy.
+    /// Sets vSegments to the alive segments below them, in the order and direction of the graph. Linear in the size of the hierarchy.
     void getChildConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
     /// Source and target, in the graph's direction, of each alive segment: inner vertices of a chain come twice.
     void getPolygonVertices(std::vector<Point2*>& vVertices) const;
