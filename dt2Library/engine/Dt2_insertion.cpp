@@ -136,6 +136,7 @@ Triangle2* Dt2::triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, 
     if (size > maxPlainRun) {
         const IdxVtxAct* const pMid = pFirst + size / 2;
         Point2* pVtx = pMid->pVtx;
+        progress.step(1);
         if (pMid->bActive) pHint = insertOneVertex(&pVtx, pHint);
         LUMO_CHECK(pHint != nullptr, "lastTriangle!=NULL");
         Triangle2* const pLeft = triangulateRec(pFirst, pMid, pHint);
@@ -146,6 +147,7 @@ Triangle2* Dt2::triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, 
     }
     for (const IdxVtxAct* pItem = pFirst; pItem != pLast; ++pItem) {
         Point2* pVtx = pItem->pVtx;
+        progress.step(1); // here, not in insertOneVertex(): a listener that throws leaves no vertex half inserted
         if (pItem->bActive) pHint = insertOneVertex(&pVtx, pHint);
     }
     return pHint;
@@ -155,7 +157,6 @@ Triangle2* Dt2::triangulateRec(const IdxVtxAct* pFirst, const IdxVtxAct* pLast, 
 
 Triangle2* Dt2::insertOneVertex(Point2** ppVtx, Triangle2* pHint)
 {
-    progress.step(1);
     LUMO_CHECK(pHint != nullptr, "pCurTriangle!=NULL");
     Point2* const pVtx = *ppVtx;
     int edge = -1;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 using namespace ORBI_LUMO25D;
 
@@ -99,6 +100,17 @@ double lengthInHull(const std::vector<Point2*>& vHull, const Segment2& knife, do
     return std::max(0.0, hi - lo) * std::sqrt(knife.getSqLen2D());
 }
 
+/// Breaks off at the n-th report.
+struct Interrupter : public MsgBase
+{
+    explicit Interrupter(int n) : numLeft(n) {}
+    void update(MsgType, const char*, double) override
+    {
+        if (--numLeft == 0) throw std::runtime_error("stop");
+    }
+    int numLeft;
+};
+
 } // namespace
 
 TEST(KnifeCut, LeavesTheSurfaceAndMakesChainsOfEdges)
@@ -154,5 +166,24 @@ TEST(KnifeCut, LeavesTheSurfaceAndMakesChainsOfEdges)
             if (dt2.isMeshVertex(pVtx) && !lumo.isConstraint(pVtx)) lumo.remove(pVtx);
         }
         ASSERT_TRUE(lumo.checkValidity(false, "afterwards"));
+    }
+}
+
+TEST(KnifeCut, aListenerThatThrowsLeavesAVertexWithoutTriangle)
+{
+    bool bThrown = true;
+    for (int n = 1; bThrown; ++n) {
+        Lumo_2D lumo;
+        lumo.insert(oracles::Dice(7).points(50, 10.0, 10.0));
+        Interrupter interrupter(n);
+        lumo.subscribe(MSG_PROGRESS, &interrupter);
+        std::vector<Segment2> vKnives;
+        for (int i = 0; i < 8; ++i) vKnives.emplace_back(Point2(1, 1 + i, 0), Point2(9.5, 0.5 + 1.1 * i, 0));
+        try {
+            lumo.cutTriangles(vKnives, true);
+            bThrown = false;
+        } catch (const std::runtime_error&) {
+        }
+        EXPECT_TRUE(lumo.checkValidity(false, "interrupted")) << "at report " << n;
     }
 }
