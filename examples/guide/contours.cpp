@@ -11,7 +11,10 @@
 #include "Lumo_2D.h"
 #include "freeFunctions.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <vector>
 
 using namespace ORBI_LUMO25D;
 

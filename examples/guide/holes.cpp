@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 using namespace ORBI_LUMO25D;
 

@@ -12,7 +12,9 @@
 #include "Lumo_2D.h"
 #include "freeFunctions.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 using namespace ORBI_LUMO25D;
 

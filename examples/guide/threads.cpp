@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <thread>
+#include <vector>
 
 using namespace ORBI_LUMO25D;
 

@@ -11,6 +11,7 @@
 #include "freeFunctions.h"
 
 #include <cstdio>
+#include <vector>
 
 using namespace ORBI_LUMO25D;
 
