@@ -47,6 +47,7 @@ public:
     bool isOriented() const { return bOriented; }
     /// As it was asked for at createConstraint().
     ConstraintInsertionStrategy getInsertionStrategy() const { return cis; }
+    Dt2* getDelaunayTriangulation() const { return pDt; }
 
     /// Sets vSegments to the segments that were given; a split doesn't change them.
     void getOriginalConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const { vSegments = vCSegParents; }

@@ -124,7 +124,7 @@ public:
 
     /// All triangles (ZL_GLOBAL, without a graph), or those inside or outside of an oriented graph: a polygon, or segments
     /// with directions of their own that close to rings, with the inside on their left. NULL without area, without a graph,
-    /// and for one that isn't oriented.
+    /// and for one that isn't oriented or belongs to another triangulation.
     Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc, bool bVerbose = true);
     /// What can be reached from a point without crossing the graphs; only with ZL_GROW, else NULL.
     Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,

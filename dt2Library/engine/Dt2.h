@@ -241,7 +241,8 @@ public:
     // ==== Dt2_zones.cpp: zones ======================================================================================
 
     /// The zone belongs to the engine. Null, with a message, and nothing changed, for wrong locations, for null graphs
-    /// where one is needed, and for a single graph that isn't oriented. What Zone2's constructors reject throws.
+    /// where one is needed and graphs of another triangulation, and for a single graph that isn't oriented. What Zone2's
+    /// constructors reject throws.
     Zone2* createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc);
     /// Inside or outside of several graphs.
     Zone2* createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc);

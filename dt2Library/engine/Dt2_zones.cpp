@@ -34,6 +34,29 @@ Zone2* Dt2::enterZone(std::unique_ptr<Zone2> pZone)
     return vZones.back().get();
 }
 
+namespace
+{
+
+/// Graphs of another triangulation would be looked up in this one's marks.
+bool areGraphsOf(const Dt2& dt2, const std::vector<ConstraintGraph2*>& vGraphs)
+{
+    const auto isNull = [](const ConstraintGraph2* pGraph) { return pGraph == nullptr; };
+    if (std::any_of(vGraphs.begin(), vGraphs.end(), isNull)) {
+        msgError("Dt2::createZone()", "One of the constraint graphs is NULL. Returning NULL");
+        return false;
+    }
+    const auto isForeign = [&dt2](const ConstraintGraph2* pGraph) {
+        return pGraph->getDelaunayTriangulation() != &dt2;
+    };
+    if (std::any_of(vGraphs.begin(), vGraphs.end(), isForeign)) {
+        msgError("Dt2::createZone()", "A constraint graph belongs to another triangulation. Returning NULL");
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 Zone2* Dt2::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc)
 {
     if (!hasArea()) {
@@ -49,6 +72,7 @@ Zone2* Dt2::createZone(ConstraintGraph2* pConstraintGraph, ZoneLocation zoneLoc)
         msgError("Dt::createZone()", "pConstraintGraph==NULL, but zoneLoc!=ZL_GLOBAL or ZL_RESULT. Returning NULL");
         return nullptr;
     }
+    if (!areGraphsOf(*this, {pConstraintGraph})) return nullptr;
     if (!pConstraintGraph->isOriented()) {
         msgWarning("Dt2::createZone()", "The constraint graph is not oriented, returning NULL");
         return nullptr;
@@ -68,27 +92,19 @@ bool isAccepted(bool bAccepted, const char* locations)
     return bAccepted;
 }
 
-bool haveNoNull(const std::vector<ConstraintGraph2*>& vConstraintGraphs)
-{
-    const bool bNull =
-        std::find(vConstraintGraphs.begin(), vConstraintGraphs.end(), nullptr) != vConstraintGraphs.end();
-    if (bNull) msgError("Dt2::createZone()", "One of the constraint graphs is NULL. Returning NULL");
-    return !bNull;
-}
-
 } // namespace
 
 Zone2* Dt2::createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc)
 {
     const bool bAccepted = zoneLoc == ZL_INSIDE || zoneLoc == ZL_OUTSIDE;
-    if (!isAccepted(bAccepted, "ZL_INSIDE and ZL_OUTSIDE") || !haveNoNull(vConstraintGraphs)) return nullptr;
+    if (!isAccepted(bAccepted, "ZL_INSIDE and ZL_OUTSIDE") || !areGraphsOf(*this, vConstraintGraphs)) return nullptr;
     return enterZone(std::make_unique<Zone2>(this, zoneLoc, vConstraintGraphs));
 }
 
 Zone2* Dt2::createZone(const std::vector<ConstraintGraph2*>& vConstraintGraphs, ZoneLocation zoneLoc,
                        const Point2& startPoint)
 {
-    if (!isAccepted(zoneLoc == ZL_GROW, "ZL_GROW") || !haveNoNull(vConstraintGraphs)) return nullptr;
+    if (!isAccepted(zoneLoc == ZL_GROW, "ZL_GROW") || !areGraphsOf(*this, vConstraintGraphs)) return nullptr;
     return enterZone(std::make_unique<Zone2>(this, vConstraintGraphs, zoneLoc, std::vector<Point2>{startPoint}));
 }
 

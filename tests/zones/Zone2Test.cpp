@@ -429,6 +429,8 @@ TEST(Zone2, MisuseGoesThroughOrChangesSomething)
         {[&] { return lumo.createZone(nullptr, ZL_GROW, Point2(3, 3, 0)); }, "bVerbose==true"},
         {[&] { return lumo.getImpl()->createZone(std::vector<ConstraintGraph2*>{pLine}, ZL_GROW); },
          "accepts only ZL_INSIDE and ZL_OUTSIDE"},
+        {[&] { return other.createZone(pLine, ZL_INSIDE); }, "belongs to another triangulation"},
+        {[&] { return other.createZone(pLine, ZL_GROW, Point2(3, 3, 0)); }, "belongs to another triangulation"},
         {[&] { return zoneUnion(pGlobal, pOther); },
          "Zone2::zoneUnion(...), ERROR: The zones must belong to the same triangulation! Returning NULL"},
         {[&] { return zoneDifference(pOther, pGlobal); }, "] zoneUnion(...), ERROR: The zones"},
