@@ -3,6 +3,7 @@
 #include "constraints/ConstraintMgr.h"
 #include "constraints/RingSort.h"
 #include "engine/Dt2.h"
+#include "geometry/distances.h"
 #include "geometry/numericTools.h"
 #include "geometry/snapping.h"
 #include "support/check.h"
@@ -172,19 +173,6 @@ bool ConstraintGraph2::isConstraint(ConstraintSegment2* pCSeg) const
 namespace
 {
 
-double distance2D(const Point2& p, const Point2& q)
-{
-    return std::hypot(p.x() - q.x(), p.y() - q.y());
-}
-
-double squaredLength25D(const Point2& p, const Point2& q)
-{
-    const double dx = p.x() - q.x();
-    const double dy = p.y() - q.y();
-    const double dz = p.z() - q.z();
-    return dx * dx + dy * dy + dz * dz;
-}
-
 /// Moves the split point of the edge a b to a vertex that is so close to the edge that a sliver would remain. Returns
 /// true when the search is over.
 bool splitAtCloseVertex(const Point2& a, const Point2& b, const Point2& vertex, Point2& splitPoint)
@@ -237,7 +225,7 @@ bool ConstraintGraph2::makeDelaunay(double discretizationLength)
             if (!pCSeg->isAlive()) {
                 if (pCSeg->isDead()) pCSeg->getChildrenRec(vWork);
             } else if (!isDelaunay(pCSeg, splitPoint)) {
-                const bool bLong = sqLimit <= squaredLength25D(*pCSeg->getSrc(), *pCSeg->getTrg());
+                const bool bLong = sqLimit <= sqDistance25D(*pCSeg->getSrc(), *pCSeg->getTrg());
                 if (bLong && pCSeg->insertAndSplit(splitPoint) != nullptr) {
                     bSplitAny = true;
                     LUMO_CHECK(!pCSeg->isAlive(), "!pCSeg->isAlive()");

@@ -25,9 +25,8 @@ class Segment2;
 /// between two vertices in constant time.
 ///
 /// Every segment ever made is found by its ends, dead or alive, so that graphs that share an edge share its segment; the
-/// strategy of the first creation stays. What keeps the
-/// question "is this edge a constraint?" away from the table is a mark in the vertices that are ends of segments: most edges
-/// have an end without it.
+/// strategy of the first creation stays. What keeps the question "is this edge a constraint?" away from the table is a mark
+/// in the vertices that are ends of segments: most edges have an end without it.
 class ConstraintMgr
 {
 public:

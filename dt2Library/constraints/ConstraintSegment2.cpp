@@ -3,6 +3,7 @@
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
+#include "geometry/distances.h"
 #include "geometry/snapping.h"
 #include "support/check.h"
 #include "support/messages.h"
@@ -26,13 +27,6 @@ namespace
 
 /// Numbers the segments of the whole process.
 std::atomic<std::int32_t> nextLabel{0};
-
-double squaredLength(const Point2* p, const Point2* q)
-{
-    const double dx = p->x() - q->x();
-    const double dy = p->y() - q->y();
-    return dx * dx + dy * dy;
-}
 
 /// Beyond all rounding; false where squares leave the range of doubles.
 bool isClearlyShorter(double squaredLength, double thanSquaredLength)
@@ -173,9 +167,9 @@ bool ConstraintSegment2::isReachableFrom(ConstraintSegment2* pStart) const
 bool ConstraintSegment2::linkChildren(Point2* pSplit)
 {
     ConstraintMgr& mgr = manager();
-    const double length = squaredLength(p0, p1);
+    const double length = sqDistance2D(*p0, *p1);
     const bool bShorter =
-        isClearlyShorter(squaredLength(p0, pSplit), length) && isClearlyShorter(squaredLength(p1, pSplit), length);
+        isClearlyShorter(sqDistance2D(*p0, *pSplit), length) && isClearlyShorter(sqDistance2D(*p1, *pSplit), length);
     if (!bShorter || mgr.bLongChildren) {
         if (isReachableFrom(mgr.find(p0, pSplit)) || isReachableFrom(mgr.find(p1, pSplit))) return false;
     }
@@ -268,7 +262,7 @@ bool ConstraintSegment2::splitAndRemovePrev(const Point2& splitPoint)
     if (pSplit == nullptr) return false;
     Dt2* const pDt = owner.pGraph->pDt;
     std::vector<Triangle2*> vArisen;
-    pDt->innerVtxMgr.removePreviouslyInsertedVertices(*pDt, pSplit, squaredLength(p0, pSplit), vArisen);
+    pDt->innerVtxMgr.removePreviouslyInsertedVertices(*pDt, pSplit, sqDistance2D(*p0, *pSplit), vArisen);
     return true;
 }
 
@@ -294,7 +288,7 @@ std::ostream& operator<<(std::ostream& stream, const ConstraintSegment2& segment
     } else {
         stream << " [DEAD, numChildren=" << (segment.isDead() ? 2 : 0) << ']';
     }
-    return stream << "length=" << std::sqrt(squaredLength(segment.p0, segment.p1));
+    return stream << "length=" << std::sqrt(sqDistance2D(*segment.p0, *segment.p1));
 }
 
 namespace

@@ -4,6 +4,7 @@
 #include "core/CurveRefinement.h"
 #include "core/CurveSort.h"
 #include "engine/Dt2.h"
+#include "geometry/distances.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -213,13 +214,6 @@ Triangle2* VertexVault::getCloseTriangle(std::uint32_t idx) const
 
 namespace
 {
-
-double sqDistance2D(const Point2& a, const Point2& b)
-{
-    const double dx = a.x() - b.x();
-    const double dy = a.y() - b.y();
-    return dx * dx + dy * dy;
-}
 
 /// More items than this with one key are searched by their places.
 constexpr std::size_t longRun = 64;

@@ -104,13 +104,15 @@ void Dt2::refineMain3(MeshGenParams* pParams, Dt2* pGuide)
 {
     LUMO_CHECK(pRefinement == nullptr, "pmmAng2RC==0");
     if (!refineMain2(*pParams)) return;
+    LUMO_CHECK(pParams->pZone->getConstraintGraph() != nullptr, "pCG!=0");
     const RoundToNearest rounding;
-    Refinement refinement(*this, *pParams, pGuide);
     if (!pParams->bKeepExistingSteinerPoints) removeEarlierSteinerPoints(*pParams->pZone);
     if (hasGrid(*pParams)) {
         GridMesher(pParams, pGuide).run(true);
         applyConstraintsAndZones();
     }
+    // Behind the grid, which may have split what is locked: a conforming constraint can't do without.
+    Refinement refinement(*this, *pParams, pGuide);
     const Running running(*this, refinement);
     try {
         refinement.run();

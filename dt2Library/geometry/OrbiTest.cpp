@@ -2,6 +2,7 @@
 
 #include "geometry/OrbiTest_integers.h"
 #include "geometry/OrbiTest_intervals.h"
+#include "geometry/distances.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -62,13 +63,6 @@ CircleInc2 circleIncOfSign(int sign)
 void note(PredicateStage* pStage, PredicateStage stage)
 {
     if (pStage != nullptr) *pStage = stage;
-}
-
-double sqDistance2D(const Point2* p, const Point2* q)
-{
-    const double dx = p->x() - q->x();
-    const double dy = p->y() - q->y();
-    return dx * dx + dy * dy;
 }
 
 } // namespace
@@ -204,9 +198,9 @@ SegmentMeet2 OrbiTest::getIntersectionTypeIST(const Point2* p1, const Point2* p2
     const Orientation2 o3 = getOrientation2(p1, p2, p3);
     const Orientation2 o4 = getOrientation2(p1, p2, p4);
     if (o3 == ORIENTATION2_COLLINEAR && o4 == ORIENTATION2_COLLINEAR) {
-        const double d12 = sqDistance2D(p1, p2), d34 = sqDistance2D(p3, p4);
-        const double d13 = sqDistance2D(p1, p3), d23 = sqDistance2D(p2, p3);
-        const double d14 = sqDistance2D(p1, p4), d24 = sqDistance2D(p2, p4);
+        const double d12 = sqDistance2D(*p1, *p2), d34 = sqDistance2D(*p3, *p4);
+        const double d13 = sqDistance2D(*p1, *p3), d23 = sqDistance2D(*p2, *p3);
+        const double d14 = sqDistance2D(*p1, *p4), d24 = sqDistance2D(*p2, *p4);
         const bool bTouch = (d12 >= d13 && d12 >= d23) || (d12 >= d14 && d12 >= d24) || (d34 >= d13 && d34 >= d14) ||
                             (d34 >= d23 && d34 >= d24);
         return bTouch ? IST_COLLINEAR : IST_NOIS;

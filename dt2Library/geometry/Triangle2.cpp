@@ -3,6 +3,7 @@
 #include "Orientation2.h"
 #include "Vector2.h"
 #include "freeFunctions.h"
+#include "geometry/distances.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -20,19 +21,6 @@ namespace
 bool checkRange(int ith)
 {
     return ith >= 0 && ith < 3;
-}
-
-double sqDistance2D(const Point2& p, const Point2& q)
-{
-    const double dx = p.x() - q.x();
-    const double dy = p.y() - q.y();
-    return dx * dx + dy * dy;
-}
-
-double sqDistance25D(const Point2& p, const Point2& q)
-{
-    const double dz = p.z() - q.z();
-    return sqDistance2D(p, q) + dz * dz;
 }
 
 /// Finite even where the sum overflows.

@@ -1,6 +1,7 @@
 #include "geometry/snapping.h"
 
 #include "geometry/OrbiTest.h"
+#include "geometry/distances.h"
 #include "geometry/exactSums.h"
 
 #include "Point2.h"
@@ -81,13 +82,6 @@ Rational exactSquaredLength(const Point2& a, const Point2& b)
     return sum;
 }
 
-double squaredLength(const Point2& a, const Point2& b)
-{
-    const double dx = a.x() - b.x();
-    const double dy = a.y() - b.y();
-    return dx * dx + dy * dy;
-}
-
 // ---- double-double --------------------------------------------------------------------------------------------------
 
 using DD = DoubleWithRest;
@@ -160,8 +154,8 @@ double snapDistance(const Point2& a, const Point2& b)
 int compareLengths(const Point2& a, const Point2& b, const Point2& c, const Point2& d)
 {
     // Each sum is off by at most 2^-51 of itself, as long as nothing underflows.
-    const double ab = squaredLength(a, b);
-    const double cd = squaredLength(c, d);
+    const double ab = sqDistance2D(a, b);
+    const double cd = sqDistance2D(c, d);
     const double larger = std::max(ab, cd);
     if (larger > 1e-280 && larger < 1e300 && std::fabs(ab - cd) > 0x1p-49 * larger) return ab < cd ? -1 : 1;
     const int result = exactSquaredLength(a, b).compare(exactSquaredLength(c, d));

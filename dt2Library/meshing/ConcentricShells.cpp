@@ -4,6 +4,7 @@
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
 #include "geometry/aroundVertex.h"
+#include "geometry/distances.h"
 #include "geometry/snapping.h"
 
 #include <cmath>
@@ -23,11 +24,6 @@ bool isSharp(const Point2& p, const Point2& q, const Point2& r)
     const double vx = r.x() - p.x(), vy = r.y() - p.y();
     const double product = ux * vx + uy * vy;
     return product > 0.0 && 4.0 * product * product > (ux * ux + uy * uy) * (vx * vx + vy * vy) * (1.0 + 1e-12);
-}
-
-double distance2D(const Point2& p, const Point2& q)
-{
-    return std::hypot(p.x() - q.x(), p.y() - q.y());
 }
 
 } // namespace

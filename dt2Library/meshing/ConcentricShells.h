@@ -20,7 +20,8 @@ public:
     /// Where to split a constraint from pA to pB: the fraction of the way from pA. 0.5, unless just one end is a sharp
     /// corner; then at a power of two from there, the nearest to half of its length.
     double splitFraction(const Point2* pA, const Point2* pB) const;
-    /// Whether an edge, which is no constraint itself, joins two constraints that meet at a sharp angle, at the same distance from their corner.
+    /// Whether an edge, which is no constraint itself, joins two constraints that meet at a sharp angle, at the same
+    /// distance from their corner.
     bool isAcrossCorner(const Point2* pU, const Point2* pV) const;
 
 private:

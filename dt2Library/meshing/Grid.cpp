@@ -36,6 +36,7 @@ void Grid::Axis::construct(std::vector<double>& vValues)
 void Grid::constructGrid()
 {
     LUMO_CHECK(!vGridPoints.empty(), "!vGridPoints.empty()");
+    LUMO_CHECK(vGridPoints.size() <= std::numeric_limits<std::int32_t>::max(), "vGridPoints.size()<=INT32_MAX");
     std::vector<double> vX, vY;
     for (const Point2* p : vGridPoints) {
         vX.push_back(p->x());
@@ -109,7 +110,9 @@ void Grid::writePoints(const char* name) const
 {
     std::vector<double> vCoords;
     vCoords.reserve(3 * vGridPoints.size());
-    for (const Point2* p : vGridPoints) vCoords.insert(vCoords.end(), {p->x(), p->y(), p->z()});
+    for (const Point2* p : vGridPoints) {
+        vCoords.insert(vCoords.end(), {p->x(), p->y(), p->z()});
+    }
     Dt2 dt2(vGridPoints.size());
     dt2.insert(vGridPoints.size(), vCoords.data(), nullptr);
     Zone2(&dt2, ZL_GLOBAL).showGeomview(name, "1 1 1 0.5");

@@ -1,7 +1,9 @@
 #include "meshing/GridMesher.h"
 
 #include "engine/Dt2.h"
+#include "geometry/distances.h"
 #include "geometry/snapping.h"
+#include "meshing/RefinementLimits.h"
 #include "support/check.h"
 #include "support/messages.h"
 #include "zones/PoolMarks.h"
@@ -45,11 +47,6 @@ std::vector<Segment2*> pointersTo(std::vector<Segment2>& vSegments)
 }
 
 using Intersectors = std::vector<std::pair<Segment2*, SegmentIntersectionType>>;
-
-double sqDist25D(const Point2& a, const Point2& b)
-{
-    return (a - b).sqLength();
-}
 
 /// The scalar product in the plane of the way from p to q and d.
 double along(const Point2& p, const Point2& q, const Vector2& d)
@@ -244,10 +241,7 @@ void GridMesher::keepPartsInZone(Segments& vPartsAlong, Segments& vPartsAcross) 
     constexpr std::uint8_t inZone = 1;
     std::vector<Triangle2*> vT;
     pZone->getTriangles(vT);
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vT) {
-        marks[pT] = inZone;
-    }
+    const PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, inZone);
     const auto isOutside = [this, &marks](const Segment2& part) {
         const Triangle2* const pT = dt2.locate(part.src);
         return pT == nullptr || marks[pT] != inZone;
@@ -315,7 +309,7 @@ void GridMesher::removeTooCloseVertices(std::vector<Point2*>& vHandles, double m
         for (int i = 0; i < 3; ++i) {
             const Point2* a = pT->getCorner(i);
             const Point2* b = pT->getCorner(incIndexBy1(i));
-            if (!(sqDist25D(*a, *b) < minDist * minDist)) continue;
+            if (!(sqDistance25D(*a, *b) < minDist * minDist)) continue;
             if (dt2.poolVertices.indexOf(b) < dt2.poolVertices.indexOf(a)) std::swap(a, b);
             if (marks[a] == 0) std::swap(a, b);
             if (marks[a] != 0) marks.set(a, tooClose);
@@ -335,24 +329,25 @@ void GridMesher::removeTooCloseVertices(std::vector<Point2*>& vHandles, double m
 void GridMesher::chopConstraints(Segments& vStripeParts)
 {
     if (!pParams->bAllowConstraintSplitting) return;
+    const RefinementLimits limits(*pParams, pGuide);
     const SegmentChecker parts(pointersTo(vStripeParts));
     std::vector<ConstraintSegment2*> vCSegs;
     dt2.getAliveConstraintSegments(vCSegs);
     std::vector<Point2> vCuts;
     for (ConstraintSegment2* pCSeg : vCSegs) {
-        if (!mayBeCut(pCSeg)) continue;
+        if (!mayBeCut(pCSeg, limits)) continue;
         vCuts.clear();
         findCuts(Segment2(*pCSeg->getSrc(), *pCSeg->getTrg()), parts, vCuts);
         for (const Point2& cut : vCuts) {
-            chop(pCSeg, cut);
+            chop(pCSeg, cut, limits);
         }
     }
 }
 
-bool GridMesher::mayBeCut(ConstraintSegment2* pCSeg) const
+bool GridMesher::mayBeCut(const ConstraintSegment2* pCSeg, const RefinementLimits& limits)
 {
-    if (pParams->pLockedConstraints != nullptr && pParams->pLockedConstraints->count(pCSeg) != 0) return false;
-    return !(2.0 * pParams->minEdgeLength > std::sqrt(sqDist25D(*pCSeg->getSrc(), *pCSeg->getTrg())));
+    if (limits.isLocked(pCSeg)) return false;
+    return !(2.0 * limits.params.minEdgeLength > std::sqrt(sqDistance25D(*pCSeg->getSrc(), *pCSeg->getTrg())));
 }
 
 /// Finds where parts of stripes cross a segment, from its source to its target. In the order of the parts, what would
@@ -373,7 +368,8 @@ void GridMesher::findCuts(const Segment2& segment, const SegmentChecker& parts, 
         const double position = along(segment.src, c, direction);
         const auto next = mCuts.upper_bound(position);
         if (next == mCuts.begin() || next == mCuts.end()) continue;
-        if (sqDist25D(c, next->second) < sqMinPiece || sqDist25D(c, std::prev(next)->second) < sqMinPiece) continue;
+        if (sqDistance25D(c, next->second) < sqMinPiece || sqDistance25D(c, std::prev(next)->second) < sqMinPiece)
+            continue;
         mCuts.emplace_hint(next, position, c);
     }
     for (auto it = std::next(mCuts.begin()); it != std::prev(mCuts.end()); ++it) {
@@ -383,7 +379,7 @@ void GridMesher::findCuts(const Segment2& segment, const SegmentChecker& parts, 
 
 /// Splits the part of a constraint that a cut lies on. Parts may be shorter than the cuts make them: a conforming
 /// constraint is split further where it needs that.
-void GridMesher::chop(ConstraintSegment2* pCSeg, const Point2& cut) const
+void GridMesher::chop(ConstraintSegment2* pCSeg, const Point2& cut, const RefinementLimits& limits) const
 {
     while (!pCSeg->isAlive()) {
         ConstraintSegment2* aKids[2] = {nullptr, nullptr};
@@ -392,8 +388,8 @@ void GridMesher::chop(ConstraintSegment2* pCSeg, const Point2& cut) const
         pCSeg = aKids[along(*pSplit, cut, *pCSeg->getTrg() - *pCSeg->getSrc()) < 0.0 ? 0 : 1];
     }
     const double sqMinPiece = minPiece * usedTargetLength * minPiece * usedTargetLength;
-    if (sqDist25D(cut, *pCSeg->getSrc()) < sqMinPiece || sqDist25D(cut, *pCSeg->getTrg()) < sqMinPiece) return;
-    if (!mayBeCut(pCSeg)) return;
+    if (sqDistance25D(cut, *pCSeg->getSrc()) < sqMinPiece || sqDistance25D(cut, *pCSeg->getTrg()) < sqMinPiece) return;
+    if (!mayBeCut(pCSeg, limits)) return;
     LUMO_CHECK(pCSeg->isAlive(), "pCSeg->isAlive()");
     if (pCSeg->insertAndSplit(cut) == nullptr) return;
     LUMO_CHECK(!pCSeg->isAlive(), "!pCSeg->isAlive()");

@@ -11,6 +11,7 @@ namespace ORBI_LUMO25D
 class ConstraintSegment2;
 class Dt2;
 class MeshGenParams;
+class RefinementLimits;
 class Segment2;
 class SegmentChecker;
 class Vector2;
@@ -56,8 +57,8 @@ private:
     void removeTooCloseVertices(std::vector<Point2*>& vHandles, double minDist);
     void chopConstraints(Segments& vStripeParts);
     void findCuts(const Segment2& segment, const SegmentChecker& parts, std::vector<Point2>& vCuts) const;
-    bool mayBeCut(ConstraintSegment2* pCSeg) const;
-    void chop(ConstraintSegment2* pCSeg, const Point2& cut) const;
+    static bool mayBeCut(const ConstraintSegment2* pCSeg, const RefinementLimits& limits);
+    void chop(ConstraintSegment2* pCSeg, const Point2& cut, const RefinementLimits& limits) const;
 
     MeshGenParams* pParams;
     Zone2* pZone;

@@ -6,7 +6,6 @@
 #include "Point2.h"
 #include "Triangle2.h"
 
-#include <limits>
 #include <utility>
 
 namespace ORBI_LUMO25D

@@ -8,6 +8,7 @@
 #include "constraints/ConstraintMgr.h"
 #include "core/MeshSurgery.h"
 #include "engine/Dt2.h"
+#include "geometry/distances.h"
 #include "meshing/ConcentricShells.h"
 #include "meshing/TriangleShape.h"
 #include "support/check.h"
@@ -50,20 +51,12 @@ double curableAspect(const TriangleShape& shape, double minEdgeLength)
     return std::min(1.0 / sine, std::sqrt(shape.maxSq2D()) / minEdgeLength);
 }
 
-double squaredDistance2D(const Point2& p, const Point2& q)
-{
-    const double dx = p.x() - q.x();
-    const double dy = p.y() - q.y();
-    return dx * dx + dy * dy;
-}
-
 } // namespace
 
 Refinement::Refinement(Dt2& dt2_, MeshGenParams& params, Dt2* pGuide)
     : dt2(dt2_), limits(params, pGuide), pCG(params.pZone->getConstraintGraph()),
       bAllAreCandidates(limits.hasGrowthLimit() || limits.hasHeightLimit())
 {
-    LUMO_CHECK(pCG != nullptr, "pCG!=0");
 }
 
 // ---- rounds -----------------------------------------------------------------------------------------------------------
@@ -112,10 +105,7 @@ void Refinement::getInitialRefineCandidates()
 /// Whether the zone is on both sides of a part of its own border: only one of them gets candidates when that is split.
 bool Refinement::hasBorderInside(const std::vector<Triangle2*>& vT) const
 {
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vT) {
-        marks.set(pT, 1);
-    }
+    const PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, 1);
     std::vector<Point2*> vVertices;
     pCG->getPolygonVertices(vVertices);
     for (std::size_t i = 0; i + 1 < vVertices.size(); i += 2) {
@@ -234,11 +224,11 @@ bool Refinement::splitSegment(const RefCand3& candidate)
     if (pInserted == nullptr || pInserted == p1 || pInserted == p2) {
         if (warnOnce(PRECISION, "Dt2::tryRefine()",
                      "Double precision arithmetic does not allow to split a segment further, giving up")) {
-            std::cout << "EdgeLen2D(" << ith << "): " << std::sqrt(squaredDistance2D(*p1, *p2)) << '\n';
+            std::cout << "EdgeLen2D(" << ith << "): " << std::sqrt(sqDistance2D(*p1, *p2)) << '\n';
         }
         return false;
     }
-    const double sqRadius = std::min(squaredDistance2D(*pInserted, *p1), squaredDistance2D(*pInserted, *p2));
+    const double sqRadius = std::min(sqDistance2D(*pInserted, *p1), sqDistance2D(*pInserted, *p2));
     removeEncroaching(pInserted, sqRadius);
     addRefCandsAround(pInserted, p1, p2, bOwn);
     return true;

@@ -28,6 +28,14 @@ public:
         if (pMarks == nullptr) throw std::bad_alloc();
     }
 
+    /// The same, and the records given get a bit.
+    PoolMarks(const SimplePool<T>& pool_, const std::vector<T*>& v, std::uint8_t bit) : PoolMarks(pool_)
+    {
+        for (const T* p : v) {
+            (*this)[p] = bit;
+        }
+    }
+
     std::uint8_t& operator[](const T* p) { return pMarks.get()[pool.indexOf(p)]; }
     std::uint8_t operator[](const T* p) const { return pMarks.get()[pool.indexOf(p)]; }
 

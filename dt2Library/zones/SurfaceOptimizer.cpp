@@ -205,12 +205,8 @@ class EdgeFlipper
 {
 public:
     EdgeFlipper(Dt2& dt2_, const std::vector<Triangle2*>& vT, const FlipLimits& limits_)
-        : dt2(dt2_), limits(limits_), marks(dt2_.poolTriangles)
+        : dt2(dt2_), limits(limits_), marks(dt2_.poolTriangles, vT, 1), vWork(innerEdges(dt2, vT, marks))
     {
-        for (Triangle2* pT : vT) {
-            marks.set(pT, 1);
-        }
-        vWork = innerEdges(dt2, vT, marks);
     }
 
     void run(const char* name, Progress& progress)
@@ -262,7 +258,7 @@ private:
 
     Dt2& dt2;
     const FlipLimits limits;
-    PoolMarks<Triangle2> marks;
+    const PoolMarks<Triangle2> marks;
     std::vector<InnerEdge> vWork;
 };
 
@@ -402,10 +398,7 @@ void unifyGrid(Dt2& dt2, const std::vector<Triangle2*>& vT, double tolerance, Pr
         return;
     }
     const std::vector<Triangle2*> vClean = cleanSet(dt2, vT, "unifyGrid()");
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vClean) {
-        marks.set(pT, 1);
-    }
+    const PoolMarks<Triangle2> marks(dt2.poolTriangles, vClean, 1);
     const std::vector<InnerEdge> vEdges = innerEdges(dt2, vClean, marks);
     progress.start("unifyGrid()", vEdges.size());
     for (const InnerEdge& edge : vEdges) {

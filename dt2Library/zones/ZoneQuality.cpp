@@ -74,10 +74,7 @@ bool ZoneQuality::reportGrowth(const Triangle2* pT, int ith) const
 bool ZoneQuality::checkGrowFactor() const
 {
     constexpr std::uint8_t member = 1;
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vT) {
-        marks[pT] = member;
-    }
+    const PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, member);
     std::vector<const Triangle2*> vBad;
     for (const Triangle2* pT : vT) {
         bool bBad = false;

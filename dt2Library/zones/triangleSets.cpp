@@ -20,21 +20,12 @@ namespace
 constexpr std::uint8_t member = 1;
 constexpr std::uint8_t done = 2;
 
-PoolMarks<Triangle2> markMembers(const Dt2& dt2, const std::vector<Triangle2*>& vT)
-{
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vT) {
-        marks.set(pT, member);
-    }
-    return marks;
-}
-
 /// Calls f(pT, i, neighbor) for each side of each triangle, once, in the order of vT. The mark of the neighbour tells
 /// whether it is a member, and whether its sides have come already; beyond the hull it is 0.
 template <class F>
 void forEachSide(const Dt2& dt2, const std::vector<Triangle2*>& vT, const F& f)
 {
-    PoolMarks<Triangle2> marks = markMembers(dt2, vT);
+    PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, member);
     for (Triangle2* pT : vT) {
         if (!marks.set(pT, done)) continue;
         for (int i = 0; i < 3; ++i) {
@@ -51,7 +42,7 @@ void forEachSide(const Dt2& dt2, const std::vector<Triangle2*>& vT, const F& f)
 void getConnectedComponents(const Dt2& dt2, const std::vector<Triangle2*>& vT,
                             std::vector<std::vector<Triangle2*>>& vvT)
 {
-    PoolMarks<Triangle2> marks = markMembers(dt2, vT);
+    PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, member);
     for (Triangle2* pFirst : vT) {
         if (!marks.set(pFirst, done)) continue;
         std::vector<Triangle2*> vComponent{pFirst};

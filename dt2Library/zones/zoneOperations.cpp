@@ -74,10 +74,7 @@ bool isAtBorder(const Triangle2* pT, const PoolMarks<Triangle2>& marks)
 /// Takes triangles at the border away as long as the predicate holds for one.
 void peel(const Dt2& dt2, UserPredicateT& predicate, std::vector<Triangle2*>& vT)
 {
-    PoolMarks<Triangle2> marks(dt2.poolTriangles);
-    for (const Triangle2* pT : vT) {
-        marks[pT] = member;
-    }
+    PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, member);
     std::vector<Triangle2*> vWork = vT;
     while (!vWork.empty()) {
         const Triangle2* const pT = vWork.back();

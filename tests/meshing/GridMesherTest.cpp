@@ -218,10 +218,15 @@ TEST(GridMesher, WhatWasThereStays)
     std::vector<ConstraintSegment2*> vEdges;
     terrain.pGraph->getChildConstraintSegments(vEdges);
     terrain.pParams->addLockedConstraint(vEdges[2]);
+    terrain.lumo.insert(Point2(*vEdges[2]->getSrc() + (*vEdges[2]->getTrg() - *vEdges[2]->getSrc()) * 0.5));
     terrain.mesh(3.0, true);
     EXPECT_EQ(terrain.innerVertices().size(), 81u) << "one shares its place, one displaces a vertex of the grid";
     for (const Point2* pOld : vHandles) EXPECT_TRUE(terrain.lumo.getImpl()->isMeshVertex(pOld));
-    for (const ConstraintSegment2* pEdge : vEdges) EXPECT_EQ(pEdge->isAlive(), pEdge == vEdges[2]);
+    for (ConstraintSegment2* pEdge : vEdges) {
+        std::vector<ConstraintSegment2*> vParts;
+        pEdge->getChildrenRec(vParts);
+        EXPECT_EQ(vParts.size() == 2, pEdge == vEdges[2]);
+    }
     EXPECT_EQ(terrain.fault(), "");
 
     Terrain uncut({square});
