@@ -45,7 +45,7 @@ public:
     bool operator<(const Color& other) const;
 
     /// The next name in turn, CRED to CCYAN and again; CYELLOW and CWHITE are too bright for a page and never come.
-    /// The counter is one for the process and not protected: for one thread only.
+    /// The counter is one for the process; threads that take names at a time don't disturb each other.
     static Colorname getNextColorName();
 
     float r = 0.0F;     ///< red, 0 to 1

@@ -55,7 +55,7 @@ public:
     bool writeFile();
 
     /// The colours in turn, well apart from each other: the text of number nextColor, which is counted on. The counter is
-    /// one for the process and not protected: for one thread only.
+    /// one for the process; threads that take colours at a time don't disturb each other.
     static std::string getNextColor();
     static int nextColor;
 

@@ -1,5 +1,6 @@
 #include "Color.h"
 
+#include "output/sharedCounter.h"
 #include "support/messages.h"
 
 #include <tuple>
@@ -80,13 +81,14 @@ bool Color::operator<(const Color& other) const
 
 Colorname Color::getNextColorName()
 {
-    const long long next = (static_cast<long long>(currentColorName) + 1) % numInTurn;
-    currentColorName = static_cast<Colorname>(next);
-    if (next < 0) {
+    const Colorname next = countOn(currentColorName, [](Colorname before) {
+        return static_cast<Colorname>((static_cast<long long>(before) + 1) % numInTurn);
+    });
+    if (next < CRED) {
         msgWarning("Color::getNextColorName()", "undefined color index, returning CBLACK");
         return CBLACK;
     }
-    return currentColorName;
+    return next;
 }
 
 } // namespace ORBI_LUMO25D

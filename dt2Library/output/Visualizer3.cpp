@@ -6,6 +6,7 @@
 #include "Triangle2.h"
 #include "output/FileWriter.h"
 #include "output/numberScanner.h"
+#include "output/sharedCounter.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -252,9 +253,8 @@ int Visualizer3::nextColor = 0;
 std::string Visualizer3::getNextColor()
 {
     // A caller may have set the counter to anything.
-    const int number = nextColor;
-    nextColor = number == std::numeric_limits<int>::max() ? 0 : number + 1;
-    return aColors[(number % numColors + numColors) % numColors];
+    const int next = countOn(nextColor, [](int n) { return n == std::numeric_limits<int>::max() ? 0 : n + 1; });
+    return aColors[((next - 1) % numColors + numColors) % numColors];
 }
 
 Visualizer3::Visualizer3(const char* filename) : pImpl(std::make_unique<Visualizer3Impl>(filename)) {}

@@ -1,6 +1,7 @@
 #include "Visualizer3.h"
 
 #include "CAF_Component.h"
+#include "Color.h"
 #include "Edge2.h"
 #include "LumoException.h"
 #include "Lumo_2D.h"
@@ -13,6 +14,8 @@
 #include <limits>
 #include <memory>
 #include <set>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -54,7 +57,7 @@ TEST(Visualizer3Test, drawingIsNotTheOneThatWasAdded)
               "{ appearance { linewidth 4 }\nVECT\n1 1 1\n1\n1\n4 6e+06 5\n0 1 0 1 \n}\n");
 }
 
-TEST(Visualizer3Test, coloursComeOutOfTurn)
+TEST(Visualizer3Test, coloursComeOutOfTurnOrThreadsLoseSome)
 {
     const TempWorkDir directory;
     CoutCapture out;
@@ -66,6 +69,21 @@ TEST(Visualizer3Test, coloursComeOutOfTurn)
         Visualizer3::nextColor = start;
         for (int i = 0; i < 12; ++i) EXPECT_EQ(sColors.count(Visualizer3::getNextColor()), 1U);
     }
+    // A triangulation in each thread may be drawn.
+    Visualizer3::nextColor = 0;
+    Color::currentColorName = CCYAN;
+    std::vector<std::thread> vThreads;
+    for (int k = 0; k < 2; ++k) {
+        vThreads.emplace_back([] {
+            for (int i = 0; i < 30000; ++i) {
+                Visualizer3::getNextColor();
+                Color::getNextColorName();
+            }
+        });
+    }
+    for (std::thread& thread : vThreads) thread.join();
+    EXPECT_EQ(Visualizer3::nextColor, 60000);
+    EXPECT_EQ(Color::currentColorName, CCYAN);
     Visualizer3::nextColor = 3;
     {
         Visualizer3 vis("a.list");
