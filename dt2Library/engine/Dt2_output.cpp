@@ -12,6 +12,7 @@
 #include "output/ObjWriter.h"
 #include "support/check.h"
 #include "support/messages.h"
+#include "zones/triangleSets.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -147,9 +148,9 @@ bool Dt2::writeObj(const char* filename) const
 bool Dt2::writeObj(const char* filename, const std::vector<const Zone2*>& vChosen) const
 {
     if (!areOwn(vChosen, "Dt2::writeObj()")) return false;
-    std::vector<std::vector<Triangle2*>> vvT(vChosen.size());
-    for (std::size_t i = 0; i < vChosen.size(); ++i) {
-        vChosen[i]->getTriangles(vvT[i]);
+    std::vector<std::vector<Triangle2*>> vvT;
+    for (const Zone2* pZone : vChosen) {
+        vvT.push_back(trianglesByAge(*pZone));
     }
     ObjWriter writer(filename);
     if (!writer.isOpen()) return false;

@@ -55,11 +55,10 @@ WebSceneHead makeHead(const Dt2& dt2)
 
 } // namespace
 
-WebSceneExport::WebSceneExport(const Dt2& dt2_, const std::vector<const Zone2*>& vZones)
-    : dt2(dt2_), vvZoneTriangles(vZones.size())
+WebSceneExport::WebSceneExport(const Dt2& dt2_, const std::vector<const Zone2*>& vZones) : dt2(dt2_)
 {
-    for (std::size_t i = 0; i < vZones.size(); ++i) {
-        vZones[i]->getTriangles(vvZoneTriangles[i]);
+    for (const Zone2* pZone : vZones) {
+        vvZoneTriangles.push_back(trianglesByAge(*pZone));
     }
 }
 

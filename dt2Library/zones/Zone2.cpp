@@ -169,12 +169,12 @@ std::size_t Zone2::getNumberOfTriangles() const
 
 double Zone2::getArea2D() const
 {
-    return sumArea2D(trianglesOf(*this));
+    return sumArea2D(trianglesByAge(*this));
 }
 
 double Zone2::getArea25D() const
 {
-    return sumArea25D(trianglesOf(*this));
+    return sumArea25D(trianglesByAge(*this));
 }
 
 // ---- the border -----------------------------------------------------------------------------------------------------
@@ -284,7 +284,7 @@ void Zone2::statistics(const char* name) const
 {
     std::cout << "\n\n\n********* ZONE STATISTICS (" << (name == nullptr ? "" : name) << ") **********\n\n";
     Histogram histogram = angleHistogram("INTERIOR ANGLES");
-    const std::vector<Triangle2*> vT = trianglesOf(*this);
+    const std::vector<Triangle2*> vT = trianglesByAge(*this);
     std::cout << "Number of triangles: " << vT.size() << '\n';
     for (const Triangle2* pT : vT) {
         for (int i = 0; i < 3; ++i) {
@@ -298,7 +298,7 @@ void Zone2::analyzeAngles(const char* name) const
 {
     Histogram histogram = angleHistogram("DIHEDRAL ANGLES (" + std::string(name == nullptr ? "" : name) + ")");
     std::vector<Edge2> vEdges;
-    getUndirectedEdges(*pDt, trianglesOf(*this), vEdges);
+    getUndirectedEdges(*pDt, trianglesByAge(*this), vEdges);
     for (const Edge2& edge : vEdges) {
         const Triangle2* const pN = edge.getTriangle()->neighbor(edge.getIndex());
         if (pN != nullptr) {
@@ -322,7 +322,7 @@ void Zone2::show(Visualizer2* pVisualizer, const Color& color) const
         return;
     }
     std::vector<Edge2> vEdges;
-    getUndirectedEdges(*pDt, trianglesOf(*this), vEdges);
+    getUndirectedEdges(*pDt, trianglesByAge(*this), vEdges);
     pVisualizer->addObject(vEdges, color);
 }
 
@@ -338,7 +338,7 @@ void Zone2::showGeomview(Visualizer3* pVisualizer, const std::string& color) con
         msgWarning("Zone2::showGeomview()", "no visualizer given");
         return;
     }
-    pVisualizer->addObject(trianglesOf(*this), color);
+    pVisualizer->addObject(trianglesByAge(*this), color);
 }
 
 bool Zone2::writeObj(const char* filename) const
@@ -350,7 +350,7 @@ void Zone2::debug(const char* name) const
 {
     std::cout << "This is Zone2::debug()\n";
     Visualizer2 visualizer(name == nullptr || *name == '\0' ? "debug.ps" : name);
-    visualizer.addObject(trianglesOf(*this), Color(0.3, 0.3, 0.3, 0.05, false));
+    visualizer.addObject(trianglesByAge(*this), Color(0.3, 0.3, 0.3, 0.05, false));
     for (const ConstraintGraph2* pGraph : vConstraintGraphs) {
         pGraph->show(&visualizer, Color(1.0, 0.0, 0.0, 0.5, false));
     }

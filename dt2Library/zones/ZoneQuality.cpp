@@ -4,6 +4,7 @@
 #include "engine/Dt2.h"
 #include "support/messages.h"
 #include "zones/PoolMarks.h"
+#include "zones/triangleSets.h"
 
 #include "Color.h"
 #include "Vector2.h"
@@ -11,7 +12,6 @@
 #include "Zone2.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iostream>
 #include <sstream>
 
@@ -33,9 +33,9 @@ Vector2 side(const Triangle2& t, int i)
 
 } // namespace
 
-ZoneQuality::ZoneQuality(Dt2& dt2_, const Zone2& zone, std::string name_) : dt2(dt2_), name(std::move(name_))
+ZoneQuality::ZoneQuality(Dt2& dt2_, const Zone2& zone, std::string name_)
+    : dt2(dt2_), name(std::move(name_)), vT(trianglesByAge(zone))
 {
-    zone.getTriangles(vT);
 }
 
 void ZoneQuality::drawBad(const std::string& filename, const std::vector<const Triangle2*>& vBad) const

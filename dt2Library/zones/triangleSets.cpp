@@ -2,17 +2,19 @@
 
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
-#include "geometry/TriangleLinks.h"
 #include "geometry/exactSums.h"
+#include "zones/PoolMarks.h"
 
 #include "Vector2.h"
+#include "Zone2.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <functional>
 
 namespace ORBI_LUMO25D
 {
-
-using L = TriangleLinks;
 
 namespace
 {
@@ -36,6 +38,22 @@ void forEachSide(const Dt2& dt2, const std::vector<Triangle2*>& vT, const F& f)
 }
 
 } // namespace
+
+std::vector<Triangle2*> trianglesByAge(const Zone2& zone)
+{
+    std::vector<Triangle2*> vT;
+    zone.getTriangles(vT);
+    // They come by address, but for zones with several start points; and a run of the pool is in order in itself.
+    const std::less<Triangle2*> before;
+    if (!std::is_sorted(vT.begin(), vT.end(), before)) std::sort(vT.begin(), vT.end(), before);
+    std::vector<Triangle2*> vByAge;
+    vByAge.reserve(vT.size());
+    zone.getDelaunayTriangulation()->poolTriangles.forEachRun([&](Triangle2* pFirst, std::size_t n) {
+        const auto itFirst = std::lower_bound(vT.begin(), vT.end(), pFirst, before);
+        vByAge.insert(vByAge.end(), itFirst, std::lower_bound(itFirst, vT.end(), pFirst + n, before));
+    });
+    return vByAge;
+}
 
 // ---- sets -----------------------------------------------------------------------------------------------------------
 

@@ -113,6 +113,10 @@ void expectZone(const std::vector<Known>& vKnown, const Zone2& zone, const Rule&
     EXPECT_TRUE(zone.getZoneLocation() == ZL_GROW || std::is_sorted(vT.begin(), vT.end(), std::less<Triangle2*>()));
     const std::set<Triangle2*> sT(vT.begin(), vT.end());
     EXPECT_EQ(sT.size(), vT.size());
+    const auto& pool = zone.getDelaunayTriangulation()->poolTriangles;
+    std::sort(vT.begin(), vT.end(),
+              [&pool](const auto* a, const auto* b) { return pool.indexOf(a) < pool.indexOf(b); });
+    EXPECT_EQ(trianglesByAge(zone), vT);
     mpq_class area = 0;
     std::size_t numWrong = 0, numEdges = 0;
     for (const Known& known : vKnown) {
