@@ -4,8 +4,6 @@
 #include "ConstraintSegment2.h"
 #include "Lumo25DApi.h"
 
-#include <cstddef>
-#include <functional>
 #include <map>
 #include <utility>
 #include <vector>

@@ -2,7 +2,7 @@
 #define LUMO25D_CLOUD_CLOUDPREPAREIMPL_H
 
 #include "CloudPrepare.h"
-#include "cloud/CellSort.h"
+#include "cloud/Calc.h"
 
 #include "core/PointBlocks.h"
 

@@ -4,6 +4,7 @@
 #include "cloud/cloudHull.h"
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
+#include "geometry/finite.h"
 #include "geometry/numericTools.h"
 #include "support/Progress.h"
 #include "support/check.h"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <string>
 #include <utility>
 
@@ -30,8 +30,7 @@ EfficientModel::EfficientModel(const std::vector<Point2>& vPoints) : pData(std::
 {
     std::vector<std::size_t>& vPositions = pData->vPositions;
     for (std::size_t i = 0; i < vPoints.size(); ++i) {
-        const Point2& p = vPoints[i];
-        if (std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z())) vPositions.push_back(i);
+        if (isFinite25D(vPoints[i])) vPositions.push_back(i);
     }
     if (vPositions.size() < vPoints.size()) {
         msgError("EfficientModel::EfficientModel()", std::to_string(vPoints.size() - vPositions.size()) +

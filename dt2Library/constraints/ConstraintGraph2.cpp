@@ -13,8 +13,7 @@
 #include "Visualizer2.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iostream>
+#include <iterator>
 
 namespace ORBI_LUMO25D
 {

@@ -9,12 +9,12 @@
 #include "freeFunctions.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <iomanip>
 #include <iostream>
 #include <limits>
+#include <string>
 
 namespace ORBI_LUMO25D
 {

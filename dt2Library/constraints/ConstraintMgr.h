@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <memory>
 #include <set>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -4,6 +4,7 @@
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
 #include "geometry/distances.h"
+#include "geometry/finite.h"
 #include "geometry/snapping.h"
 #include "support/check.h"
 #include "support/messages.h"
@@ -228,8 +229,7 @@ Point2* ConstraintSegment2::insertAndSplit(const Point2& splitPoint)
     Dt2* const pDt = owner.pGraph->pDt;
     LUMO_CHECK(pDt != nullptr, "pOwnerDt!=0");
     const RoundToNearest rounding;
-    LUMO_CHECK(std::isfinite(splitPoint.x()) && std::isfinite(splitPoint.y()) && std::isfinite(splitPoint.z()),
-               "isfinite(splitPoint)");
+    LUMO_CHECK(isFinite25D(splitPoint), "isfinite(splitPoint)");
 
     Point2* pSplit = nullptr;
     {

@@ -6,6 +6,7 @@
 #include "geometry/TriangleLinks.h"
 #include "geometry/aroundVertex.h"
 #include "geometry/exactSums.h"
+#include "geometry/finite.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -364,8 +365,7 @@ bool Dt2::pullInside(const HullEdge& e, Point2& p)
 Point2 Dt2::cutLineAtCH(const Point2& src, const Point2& trg, bool& bOK)
 {
     bOK = false;
-    const auto isFinite = [](const Point2& p) { return std::isfinite(p.x()) && std::isfinite(p.y()); };
-    if (!bFullDimensional || !isFinite(src) || !isFinite(trg)) return Point2();
+    if (!bFullDimensional || !isFinite2D(src) || !isFinite2D(trg)) return Point2();
     const RoundToNearest rounding;
     orbiTest.ensureStaticBound(&src);
     orbiTest.ensureStaticBound(&trg);

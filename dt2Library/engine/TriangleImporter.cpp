@@ -4,6 +4,7 @@
 #include "core/MeshSurgery.h"
 #include "engine/ConstraintInserter.h"
 #include "engine/Dt2.h"
+#include "geometry/finite.h"
 
 #include "Bbox2.h"
 #include "SegmentChecker.h"
@@ -38,9 +39,7 @@ bool TriangleImporter::isSound()
 {
     if (vCorners.empty()) return fail("no triangles given");
     if (vCorners.size() % 3 != 0) return fail("the number of points is no multiple of three");
-    const auto isFinite = [](const Point2& p) {
-        return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-    };
+    const auto isFinite = [](const Point2& p) { return isFinite25D(p); };
     if (!std::all_of(vCorners.begin(), vCorners.end(), isFinite)) return fail("a coordinate is not a finite number");
     return true;
 }

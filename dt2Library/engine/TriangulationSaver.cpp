@@ -3,11 +3,11 @@
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "engine/EdgeKeys.h"
+#include "geometry/finite.h"
 #include "zones/PoolMarks.h"
 #include "zones/triangleSets.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -146,7 +146,7 @@ bool TriangulationSaver::collectWaiting()
 /// Heights may have been changed to anything.
 TriangulationSaver::Index TriangulationSaver::addVertex(const Point2* pVtx)
 {
-    bFinite = bFinite && std::isfinite(pVtx->x()) && std::isfinite(pVtx->y()) && std::isfinite(pVtx->z());
+    bFinite = bFinite && isFinite25D(*pVtx);
     storeVertex(pVtx->x(), pVtx->y(), pVtx->z(), pVtx->getCustomIndex(),
                 aVertices.data() + numVertices * savedVertexSize);
     return static_cast<Index>(numVertices++);

@@ -2,6 +2,7 @@
 
 #include "core/Stretches.h"
 #include "engine/Dt2.h"
+#include "geometry/finite.h"
 #include "support/messages.h"
 #include "zones/triangleSets.h"
 
@@ -20,16 +21,6 @@ namespace ORBI_LUMO25D
 
 namespace
 {
-
-bool isFinite(double x, double y, double z)
-{
-    return std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
-}
-
-bool isFinite(const Point2& p)
-{
-    return isFinite(p.x(), p.y(), p.z());
-}
 
 void reportRefused(std::size_t numRefused)
 {
@@ -71,7 +62,7 @@ void Lumo_2D::initLumo(std::size_t numExpectedVertices)
 
 Point2* Lumo_2D::insert(const Point2& p)
 {
-    if (!isFinite(p)) {
+    if (!isFinite25D(p)) {
         reportRefused(1);
         return nullptr;
     }
@@ -87,11 +78,11 @@ bool copyFiniteOnly(const std::vector<Point2>& vPoints, std::vector<Point2>& vAc
     const auto areFinite = [&vPoints](const Stretch& s) {
         const auto it = vPoints.begin();
         return std::all_of(it + static_cast<std::ptrdiff_t>(s.begin), it + static_cast<std::ptrdiff_t>(s.end),
-                           [](const Point2& p) { return isFinite(p); });
+                           [](const Point2& p) { return isFinite25D(p); });
     };
     if (allStretches(vPoints.size(), threadsForScan(vPoints.size(), numCPU), areFinite)) return false;
     std::copy_if(vPoints.begin(), vPoints.end(), std::back_inserter(vAccepted),
-                 [](const Point2& p) { return isFinite(p); });
+                 [](const Point2& p) { return isFinite25D(p); });
     reportRefused(vPoints.size() - vAccepted.size());
     return true;
 }
@@ -101,7 +92,7 @@ bool insertFiniteOnly(Dt2& dt2, const std::vector<Point2>& vPoints, std::vector<
 {
     std::vector<Point2> vAccepted;
     if (!copyFiniteOnly(vPoints, vAccepted, dt2.numCPU)) return false;
-    const auto isAccepted = [&vPoints](std::size_t i) { return isFinite(vPoints[i]); };
+    const auto isAccepted = [&vPoints](std::size_t i) { return isFinite25D(vPoints[i]); };
     std::vector<Point2*> vAcceptedHandles;
     dt2.insertVector(vAccepted, pHandles == nullptr ? nullptr : &vAcceptedHandles);
     if (pHandles != nullptr) {
@@ -131,7 +122,8 @@ void Lumo_2D::insert(int numPoints, double* aCoordinates, Point2** aHandles)
     }
     const auto n = static_cast<std::size_t>(numPoints);
     const auto isAccepted = [aCoordinates](std::size_t i) {
-        return isFinite(aCoordinates[3 * i], aCoordinates[3 * i + 1], aCoordinates[3 * i + 2]);
+        const double* const p = aCoordinates + 3 * i;
+        return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
     };
     std::vector<double> vAccepted;
     std::size_t numAccepted = 0;
@@ -168,16 +160,6 @@ void Lumo_2D::remove(Point2* pVertex)
 
 // ---- constraints ----------------------------------------------------------------------------------------------------
 
-namespace
-{
-
-bool isFinite(const Segment2& segment)
-{
-    return isFinite(segment.src) && isFinite(segment.trg);
-}
-
-} // namespace
-
 ConstraintGraph2* Lumo_2D::createConstraint(const std::vector<Segment2>& vSegments, ConstraintInsertionStrategy cis,
                                             bool bOrientedSegments)
 {
@@ -191,7 +173,7 @@ ConstraintGraph2* Lumo_2D::createConstraint(const std::vector<Segment2>& vSegmen
         return nullptr;
     }
     std::vector<Segment2> vFinite;
-    const auto isAccepted = [](const Segment2& segment) { return isFinite(segment); };
+    const auto isAccepted = [](const Segment2& segment) { return isFinite25D(segment); };
     if (std::all_of(vSegments.begin(), vSegments.end(), isAccepted)) {
         return pImpl->createConstraint(vSegments, cis, bOrientedSegments);
     }
@@ -302,7 +284,7 @@ Zone2* Lumo_2D::createZone(const std::vector<Triangle2*>& vTriangles, bool bVerb
 
 Zone2* Lumo_2D::createZone_cookieCutter(const std::vector<Segment2>& vSegments, bool bProtectEdges)
 {
-    const auto isAccepted = [](const Segment2& segment) { return isFinite(segment); };
+    const auto isAccepted = [](const Segment2& segment) { return isFinite25D(segment); };
     if (!std::all_of(vSegments.begin(), vSegments.end(), isAccepted)) {
         msgError("Lumo_2D::createZone_cookieCutter()", "a coordinate is not a finite number, returning NULL");
         return nullptr;

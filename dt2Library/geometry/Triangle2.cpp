@@ -4,6 +4,7 @@
 #include "Vector2.h"
 #include "freeFunctions.h"
 #include "geometry/distances.h"
+#include "geometry/finite.h"
 #include "support/check.h"
 #include "support/messages.h"
 
@@ -30,11 +31,6 @@ double mean(double a, double b, double c)
     if (std::isfinite(sum)) return sum / 3.0;
     const auto [lo, hi] = std::minmax({a, b, c});
     return std::clamp(a / 3.0 + b / 3.0 + c / 3.0, lo, hi);
-}
-
-bool isFinite2D(const Point2& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y());
 }
 
 /// Heron's formula. The corners are for the message alone.

@@ -2,7 +2,6 @@
 
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
-#include "geometry/TriangleLinks.h"
 #include "geometry/aroundVertex.h"
 #include "geometry/distances.h"
 #include "geometry/snapping.h"
@@ -11,8 +10,6 @@
 
 namespace ORBI_LUMO25D
 {
-
-using L = TriangleLinks;
 
 namespace
 {

@@ -5,7 +5,6 @@
 #include "meshing/RefCand3.h"
 #include "meshing/RefinementLimits.h"
 
-#include <cstddef>
 #include <vector>
 
 namespace ORBI_LUMO25D

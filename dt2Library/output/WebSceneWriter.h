@@ -16,13 +16,13 @@ namespace ORBI_LUMO25D
 struct WebSceneHead
 {
     /// A coordinate is center + unit * p with p from -1 to 1; halfSize is the largest |p|. Beyond that, p is a float.
-    double aCenter[3];
-    double aUnit[3]; ///< those of x and y are equal
-    double aHalfSize[3];
+    double aCenter[3] = {};
+    double aUnit[3] = {}; ///< those of x and y are equal
+    double aHalfSize[3] = {};
     std::string title;
     std::string lengthUnit;
-    std::uint64_t numVertices;
-    std::uint64_t numTriangles;     ///< of the surface, be they drawn or not
+    std::uint64_t numVertices = 0;
+    std::uint64_t numTriangles = 0; ///< of the surface, be they drawn or not
     std::vector<double> vZoneAreas; ///< in the plane
 
     /// Centre, units and half sizes that hold the range from aMin to aMax, of any magnitude.

@@ -1,6 +1,7 @@
 #include "output/stlReader.h"
 
 #include "output/numberScanner.h"
+#include "output/openForReading.h"
 #include "support/messages.h"
 
 #include <cstddef>
@@ -55,9 +56,8 @@ bool readFacet(std::istream& file, std::vector<Point2>& vPoints)
 
 bool readSTL(const std::string& filename, std::vector<Point2>& vPoints)
 {
-    std::ifstream file(filename);
-    file.peek(); // a directory opens, but can't be read
-    if (!file.is_open() || file.bad()) {
+    std::ifstream file;
+    if (!openForReading(file, filename)) {
         printLine("readSTL(): " + filename + " is unreadable");
         return false;
     }

@@ -1,11 +1,10 @@
 #include "Mesh3.h"
 
+#include "geometry/finite.h"
 #include "repair/BorderWalk.h"
 #include "repair/meshFiles.h"
 #include "support/messages.h"
 
-#include <algorithm>
-#include <cmath>
 #include <deque>
 #include <functional>
 #include <string>
@@ -32,11 +31,6 @@ struct Func_sameXYZ
 {
     bool operator()(const Point2* p, const Point2* q) const { return p->samePoint(*q); }
 };
-
-bool isFinite(const Point2& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-}
 
 } // namespace
 
@@ -152,7 +146,7 @@ Mesh3::Mesh3(const std::vector<Point2>& vCorners) : Mesh3()
     std::size_t numLeftOut = vCorners.size() % 3 == 0 ? 0 : 1;
     for (std::size_t i = 0; i < num; ++i) {
         const Point2 *p0 = &vCorners[3 * i], *p1 = p0 + 1, *p2 = p0 + 2;
-        if (!isFinite(*p0) || !isFinite(*p1) || !isFinite(*p2) || p0->samePoint(*p1) || p1->samePoint(*p2) ||
+        if (!isFinite25D(*p0) || !isFinite25D(*p1) || !isFinite25D(*p2) || p0->samePoint(*p1) || p1->samePoint(*p2) ||
             p2->samePoint(*p0)) {
             ++numLeftOut;
             continue;
@@ -182,7 +176,7 @@ Mesh3::Mesh3(const std::vector<Point2>& vCorners) : Mesh3()
 
 Point2* Mesh3::createVertex(const Point2& p, bool bAlwaysNew)
 {
-    if (!isFinite(p)) {
+    if (!isFinite25D(p)) {
         msgWarning("Mesh3::createVertex()", "coordinates are not finite");
         return nullptr;
     }

@@ -1,5 +1,6 @@
 #include "repair/PatchSurface.h"
 
+#include "geometry/finite.h"
 #include "support/check.h"
 
 #include <algorithm>
@@ -44,8 +45,7 @@ std::size_t PatchSurface::addRingVertex(Point2* pVertex)
 
 bool PatchSurface::isFree(const Point2& place) const
 {
-    const bool bFinite = std::isfinite(place.x()) && std::isfinite(place.y()) && std::isfinite(place.z());
-    return bFinite && pMesh->getVertex(place) == nullptr;
+    return isFinite25D(place) && pMesh->getVertex(place) == nullptr;
 }
 
 std::size_t PatchSurface::addNewVertex(const Point2& place)

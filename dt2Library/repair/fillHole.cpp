@@ -1,11 +1,11 @@
 #include "HoleFiller.h"
 #include "Mesh3.h"
 
+#include "geometry/finite.h"
 #include "repair/sortEdges_tools.h"
 #include "support/messages.h"
 
 #include <cmath>
-#include <cstddef>
 #include <sstream>
 #include <string>
 
@@ -68,11 +68,6 @@ bool isFinite(const Vector2& v)
     return std::isfinite(v.x()) && std::isfinite(v.y()) && std::isfinite(v.z());
 }
 
-Vector2 toVector(const Point2& p)
-{
-    return Vector2(p.x(), p.y(), p.z());
-}
-
 /// The direction across a segment in the surface, to the left seen with the normal up; null if the normal is along it.
 Vector2 leftOf(const Segment2& segment, const Vector2& normal)
 {
@@ -93,8 +88,7 @@ bool checkPairs(const std::vector<SegmentAndNormal>& vPairs, bool bVerbose, std:
             if (bVerbose) msgWarning("fillHole()", "degenerate segment skipped");
             continue;
         }
-        const bool bFinite =
-            isFinite(pair.second) && isFinite(toVector(segment.src)) && isFinite(toVector(segment.trg));
+        const bool bFinite = isFinite25D(segment) && isFinite(pair.second);
         if (!bFinite || leftOf(segment, pair.second).isDegenerate()) {
             return fail(bVerbose, "Err2: Bad segment/vector pair", segment);
         }

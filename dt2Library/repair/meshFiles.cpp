@@ -1,6 +1,7 @@
 #include "repair/meshFiles.h"
 
 #include "output/numberScanner.h"
+#include "output/openForReading.h"
 #include "output/stlReader.h"
 #include "support/messages.h"
 
@@ -63,9 +64,8 @@ bool parseFace(const std::string& line, std::size_t numVertices, std::vector<std
 
 bool readOBJ(const std::string& filename, std::vector<Point2>& vCorners)
 {
-    std::ifstream file(filename);
-    file.peek(); // a directory opens, but can't be read
-    if (!file.is_open() || file.bad()) {
+    std::ifstream file;
+    if (!openForReading(file, filename)) {
         printLine("Mesh3::readCorners(): " + filename + " is unreadable");
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "Visualizer2.h"
 #include "geometry/OrbiTest.h"
+#include "geometry/finite.h"
 #include "geometry/numericTools.h"
 #include "orbi_locate2/RTree.h"
 #include "segments/classification.h"
@@ -33,12 +34,6 @@ namespace
 
 constexpr std::size_t candidatesAtStart = 1000;
 
-bool isFinite(const Segment2& s)
-{
-    return std::isfinite(s.src.x()) && std::isfinite(s.src.y()) && std::isfinite(s.src.z()) &&
-           std::isfinite(s.trg.x()) && std::isfinite(s.trg.y()) && std::isfinite(s.trg.z());
-}
-
 /// Whether there is something that can be classified; told if not.
 bool isUsable(const Segment2* pSegment, const char* functionName)
 {
@@ -46,8 +41,7 @@ bool isUsable(const Segment2* pSegment, const char* functionName)
         msgWarning(functionName, "Segment is NULL");
         return false;
     }
-    const bool bFinite = std::isfinite(pSegment->src.x()) && std::isfinite(pSegment->src.y()) &&
-                         std::isfinite(pSegment->trg.x()) && std::isfinite(pSegment->trg.y());
+    const bool bFinite = isFinite2D(*pSegment);
     if (!bFinite) msgWarning(functionName, "Segment has a coordinate that is no finite number");
     return bFinite;
 }
@@ -212,7 +206,7 @@ void SegmentChecker::addSegments(const std::vector<Segment2*>& vSegments)
     pSCD->vSegments.reserve(vSegments.size());
     pSCD->pRTree->reserve(vSegments.size());
     for (Segment2* pSegment : vSegments) {
-        if (pSegment == nullptr || !isFinite(*pSegment)) {
+        if (pSegment == nullptr || !isFinite25D(*pSegment)) {
             ++numRefused;
             continue;
         }

@@ -2,7 +2,6 @@
 
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
-#include "geometry/numericTools.h"
 #include "support/Progress.h"
 #include "support/messages.h"
 #include "zones/PoolMarks.h"

@@ -6,6 +6,10 @@
 
 #include "ConstraintGraph2.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+
 namespace ORBI_LUMO25D
 {
 

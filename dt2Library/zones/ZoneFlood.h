@@ -6,7 +6,6 @@
 #include "Triangle2.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace ORBI_LUMO25D

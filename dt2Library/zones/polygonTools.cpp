@@ -1,5 +1,6 @@
 // Rings and chains: segments and edges in any order, brought into the order of polygons.
 
+#include "geometry/finite.h"
 #include "support/messages.h"
 
 #include "Edge2.h"
@@ -7,7 +8,6 @@
 #include "freeFunctions.h"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 
 namespace ORBI_LUMO25D
@@ -16,15 +16,9 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-bool isFinite(const Point2& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y());
-}
-
 bool areFinite(const std::vector<Segment2>& vSegments)
 {
-    return std::all_of(vSegments.begin(), vSegments.end(),
-                       [](const Segment2& s) { return isFinite(s.src) && isFinite(s.trg); });
+    return std::all_of(vSegments.begin(), vSegments.end(), [](const Segment2& s) { return isFinite2D(s); });
 }
 
 /// The ends of all segments, ordered by place, so that the segments that meet at a place are found together.
@@ -146,7 +140,7 @@ bool isSimplePolygon(const std::vector<Segment2>& vSegments)
 
 void pointsToPolyline(const std::vector<Point2>& vPoints, bool bClose, std::vector<Segment2>& vSegments)
 {
-    if (!std::all_of(vPoints.begin(), vPoints.end(), isFinite)) {
+    if (!std::all_of(vPoints.begin(), vPoints.end(), [](const Point2& p) { return isFinite2D(p); })) {
         msgWarning("pointsToPolyline()", "a coordinate is not a finite number, nothing appended");
         return;
     }
