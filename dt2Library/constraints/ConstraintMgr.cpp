@@ -51,15 +51,18 @@ ConstraintSegment2* ConstraintMgr::findAlive(const Point2* pA, const Point2* pB)
     return pCSeg != nullptr && pCSeg->isAlive() ? pCSeg : nullptr;
 }
 
+void ConstraintMgr::makeRoom(std::size_t numMore)
+{
+    if (table.isFull(numMore)) table.grow(numMore, [this](const auto& enter) { poolSegments.forEach(enter); });
+}
+
 ConstraintSegment2* ConstraintMgr::findOrAdd(Point2* pA, Point2* pB, ConstraintInsertionStrategy cis, bool& bNew)
 {
     if (!isOrdered(pA, pB)) std::swap(pA, pB);
     ConstraintSegment2* pCSeg = table.find(pA, pB);
     bNew = pCSeg == nullptr;
     if (!bNew) return pCSeg;
-    if (table.isFull()) {
-        table.grow([this](const auto& enter) { poolSegments.forEach(enter); });
-    }
+    makeRoom(1);
     pCSeg = new (poolSegments.alloc()) ConstraintSegment2(pA, pB, cis);
     pA->bConstraintEnd = true;
     pB->bConstraintEnd = true;
@@ -181,6 +184,7 @@ ConstraintGraph2* ConstraintMgr::createConstraint(const std::vector<VertexPair>&
     // No subscriber, who may throw, is called before the segments have their owner.
     std::vector<ConstraintSegment2*> vCSegs;
     vCSegs.reserve(vAccepted.size());
+    makeRoom(vAccepted.size());
     for (const VertexPair& pair : vAccepted) {
         vCSegs.push_back(addConstraintSegment(pair.first, pair.second, cis));
     }

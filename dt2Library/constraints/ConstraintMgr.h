@@ -116,6 +116,7 @@ private:
     friend class ConstraintSegment2;
 
     ConstraintSegment2* findAlive(const Point2* pA, const Point2* pB) const;
+    void makeRoom(std::size_t numMore);
     ConstraintSegment2* findOrAdd(Point2* pA, Point2* pB, ConstraintInsertionStrategy cis, bool& bNew);
     ConstraintSegment2::Owner* newOwner() { return new (poolOwners.alloc()) ConstraintSegment2::Owner(); }
     ConstraintGraph2* addGraph(std::unique_ptr<ConstraintGraph2> pGraph);

@@ -2,16 +2,14 @@
 
 #include "support/check.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
 namespace ORBI_LUMO25D
 {
 
-void SegmentTable::makeEmpty(std::size_t numWanted)
+void SegmentTable::makeEmpty(std::size_t numNew)
 {
-    const std::size_t numNew = std::max<std::size_t>(numWanted, 64);
     BlockMemory newMemory(numNew * sizeof(Slot));
     LUMO_CHECK(newMemory.data() != nullptr, "out of memory for constraint segments");
     std::memset(newMemory.data(), 0, numNew * sizeof(Slot));

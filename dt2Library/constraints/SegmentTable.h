@@ -45,13 +45,17 @@ public:
     {
         if (numSlots != 0) __builtin_prefetch(firstLine(pVtx), 1);
     }
-    /// True when there must be room for another segment first.
-    bool isFull() const { return numTaken + 1 > numSlots / 8 * 5; }
-    /// Makes room. forEachSegment(f) calls f for all segments that are in the table.
+    /// True when there must be room for n more segments first.
+    bool isFull(std::size_t n) const { return numTaken + n > numSlots / 8 * 5; }
+    /// Makes room for them. forEachSegment(f) calls f for all segments that are in the table.
     template <class ForEachSegment>
-    void grow(const ForEachSegment& forEachSegment)
+    void grow(std::size_t n, const ForEachSegment& forEachSegment)
     {
-        makeEmpty(2 * numSlots);
+        std::size_t numWanted = 64;
+        while (numTaken + n > numWanted / 8 * 5) {
+            numWanted *= 2;
+        }
+        makeEmpty(numWanted);
         forEachSegment([this](ConstraintSegment2* pCSeg) { add(pCSeg); });
     }
     /// Enters a segment that isn't in the table, which isn't full.
@@ -100,7 +104,7 @@ private:
         return (slot.hash & ~overflowBit) == hash && slot.pCSeg->getSrc() == p0 && slot.pCSeg->getTrg() == p1;
     }
     static bool hasOverflowed(const Slot* pLine) { return (pLine[lineLength - 1].hash & overflowBit) != 0; }
-    void makeEmpty(std::size_t numWanted);
+    void makeEmpty(std::size_t numNew);
 
     BlockMemory memory;
     Slot* pSlots = nullptr;

@@ -22,8 +22,9 @@ constexpr std::size_t maxStepsPerSide = 16;
 TriangleAssembler::TriangleAssembler(SimplePool<Triangle2>& pool, std::size_t numTriangles, Point2* aVertices_,
                                      std::size_t numVertices_, const OrbiTest& orbiTest_)
     : triangles(pool, numTriangles), aVertices(aVertices_), numVertices(numVertices_), orbiTest(orbiTest_),
-      numStepsLeft(3 * maxStepsPerSide * numTriangles), vWaiting(numVertices_, nullptr)
+      numStepsLeft(3 * maxStepsPerSide * numTriangles), aWaiting(numVertices_)
 {
+    std::fill_n(aWaiting.data(), numVertices, nullptr);
 }
 
 bool TriangleAssembler::add(const Index* aCorners, std::size_t n)
@@ -44,7 +45,7 @@ void TriangleAssembler::prefetchVertices(const Index* aCorners) const
 {
     for (int i = 0; i < 3; ++i) {
         __builtin_prefetch(aVertices + aCorners[i], 1);
-        __builtin_prefetch(&vWaiting[static_cast<std::size_t>(aCorners[i])], 1);
+        __builtin_prefetch(&aWaiting[static_cast<std::size_t>(aCorners[i])], 1);
     }
 }
 
@@ -52,7 +53,7 @@ void TriangleAssembler::prefetchWaiting(const Index* aCorners) const
 {
     if (numStepsLeft == 0) return;
     for (int i = 0; i < 3; ++i) {
-        __builtin_prefetch(vWaiting[static_cast<std::size_t>(aCorners[i])], 1);
+        __builtin_prefetch(aWaiting[static_cast<std::size_t>(aCorners[i])], 1);
     }
 }
 
@@ -81,7 +82,7 @@ void TriangleAssembler::link(Triangle2* pT, int ith, Index src, Index trg)
     if (numStepsLeft == 0) return;
     const Point2* const pSrc = aVertices + src;
     const Point2* const pTrg = aVertices + trg;
-    Triangle2*& pFirst = vWaiting[static_cast<std::size_t>(trg)];
+    Triangle2*& pFirst = aWaiting[static_cast<std::size_t>(trg)];
     Triangle2* pBefore = nullptr;
     int sideBefore = 0;
     for (Triangle2* p = pFirst; p != nullptr && numStepsLeft > 0; --numStepsLeft) {
@@ -102,7 +103,7 @@ void TriangleAssembler::link(Triangle2* pT, int ith, Index src, Index trg)
         sideBefore = side;
         p = pBehind;
     }
-    Triangle2*& pWaiting = vWaiting[static_cast<std::size_t>(src)];
+    Triangle2*& pWaiting = aWaiting[static_cast<std::size_t>(src)];
     L::setNeighbor(pT, ith, pWaiting);
     pWaiting = pT;
 }
@@ -124,7 +125,7 @@ bool TriangleAssembler::close()
 void TriangleAssembler::endWaiting()
 {
     for (std::size_t src = 0; src < numVertices; ++src) {
-        for (Triangle2* p = vWaiting[src]; p != nullptr;) {
+        for (Triangle2* p = aWaiting[src]; p != nullptr;) {
             const int i = L::indexOf(p, aVertices + src);
             const int side = L::prev(i);
             Triangle2* const pBehind = p->neighbor(side);
@@ -133,7 +134,7 @@ void TriangleAssembler::endWaiting()
             p = pBehind;
         }
     }
-    std::vector<Triangle2*>().swap(vWaiting);
+    aWaiting = BlockArray<Triangle2*>();
 }
 
 bool TriangleAssembler::linkBySorting()
@@ -145,7 +146,7 @@ bool TriangleAssembler::linkBySorting()
         int ith;
         bool operator<(const Side& other) const { return edge < other.edge; }
     };
-    std::vector<Triangle2*>().swap(vWaiting);
+    aWaiting = BlockArray<Triangle2*>();
     std::vector<Side> vSides;
     vSides.reserve(3 * numAdded);
     for (std::size_t t = 0; t < numAdded; ++t) {

@@ -2,6 +2,7 @@
 #define LUMO25D_ENGINE_TRIANGLEASSEMBLER_H
 
 #include "core/SimplePool.h"
+#include "orbi_tools/BlockArray.h"
 #include "orbi_tools/PoolRange.h"
 
 #include "Point2.h"
@@ -67,8 +68,8 @@ private:
     const OrbiTest& orbiTest;
     std::size_t numAdded = 0;
     std::size_t numVerticesUsed = 0;
-    std::size_t numStepsLeft;         ///< along chains; at 0, they are given up
-    std::vector<Triangle2*> vWaiting; ///< for each vertex the first triangle whose side waits there
+    std::size_t numStepsLeft;        ///< along chains; at 0, they are given up
+    BlockArray<Triangle2*> aWaiting; ///< for each vertex the first triangle whose side waits there
     std::vector<Edge> vBorder;
     const char* error = "";
 };

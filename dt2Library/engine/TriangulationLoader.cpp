@@ -5,7 +5,8 @@
 #include "engine/EdgeKeys.h"
 #include "engine/GapFiller.h"
 #include "engine/TriangleAssembler.h"
-#include "support/check.h"
+
+#include "freeFunctions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -180,59 +181,113 @@ bool TriangulationLoader::checkWithoutTriangles()
     return std::all_of(saved.vvZones.begin(), saved.vvZones.end(), isEmpty) || fail("a zone has no triangles");
 }
 
+namespace
+{
+
+/// Whether triangles lie on the left and on the right of an edge from a to b: none where there is no such edge.
+struct Sides
+{
+    bool bLeft;
+    bool bRight;
+};
+
+/// Walks around a vertex a in search of an edge to b, in steps of constant time: counterclockwise and, from the border on,
+/// clockwise from the first triangle.
+class EdgeSearch
+{
+public:
+    EdgeSearch(const Point2* pA_, const Point2* pB_) : pA(pA_), pB(pB_), pFirst(pA_->getIncidentTriangle()), pT(pFirst)
+    {
+    }
+
+    /// False when it has been all around.
+    bool step()
+    {
+        const int i = L::indexOf(pT, pA);
+        if (pT->corner(L::next(i)) == pB) return found(true, pT->neighbor(L::prev(i)) != nullptr);
+        if (pT->corner(L::prev(i)) == pB) return found(pT->neighbor(L::next(i)) != nullptr, true);
+        pT = pT->neighbor(bClockwise ? L::prev(i) : L::next(i));
+        if (pT == nullptr && !bClockwise) {
+            bClockwise = true;
+            pT = pFirst->neighbor(L::prev(L::indexOf(pFirst, pA)));
+        }
+        return pT != nullptr && pT != pFirst;
+    }
+    bool hasFound() const { return sides.bLeft || sides.bRight; }
+    const Sides& getSides() const { return sides; }
+
+private:
+    bool found(bool bLeft, bool bRight)
+    {
+        sides = {bLeft, bRight};
+        return true;
+    }
+
+    const Point2* pA;
+    const Point2* pB;
+    const Triangle2* pFirst;
+    const Triangle2* pT;
+    bool bClockwise = false;
+    Sides sides{false, false};
+};
+
+/// Searches at one end and, if many triangles are around it, at both at a time, so that the time is that of the end with
+/// fewer. Over all edges of a planar graph that is linear, however many meet at one vertex (N. Chiba, T. Nishizeki:
+/// Arboricity and subgraph listing algorithms, SIAM J. Comput. 14, 1985).
+Sides sidesOf(const Point2* pA, const Point2* pB)
+{
+    EdgeSearch fromA(pA, pB);
+    for (int numAlone = 10; numAlone > 0; --numAlone) {
+        if (!fromA.step() || fromA.hasFound()) return fromA.getSides();
+    }
+    EdgeSearch fromB(pB, pA);
+    while (fromA.step() && !fromA.hasFound() && fromB.step() && !fromB.hasFound()) {
+    }
+    if (fromB.hasFound()) return {fromB.getSides().bRight, fromB.getSides().bLeft};
+    return fromA.getSides();
+}
+
+} // namespace
+
 /// Segments are edges, and come once. The edges of each zone close to rings, and have a triangle on their left.
 bool TriangulationLoader::checkEdges()
 {
-    EdgeKeys keys(counts.numVertices);
-    const auto forEachPair = [](const std::vector<Index>& v, const auto& f) {
-        for (std::size_t i = 0; i < v.size(); i += 2) f(v[i], v[i + 1]);
-    };
-    const auto addKey = [&keys](Index src, Index trg) { keys.addUndirected(src, trg); };
-    forEachPair(saved.vSegments, addKey);
+    std::vector<EdgeKey> vKeys;
+    vKeys.reserve(saved.vSegments.size() / 2);
+    for (std::size_t i = 0; i < saved.vSegments.size(); i += 2) {
+        vKeys.push_back(std::minmax(saved.vSegments[i], saved.vSegments[i + 1]));
+    }
+    // As saveTriangulation() writes them, they are sorted.
+    if (!std::is_sorted(vKeys.begin(), vKeys.end())) std::sort(vKeys.begin(), vKeys.end());
+    if (std::adjacent_find(vKeys.begin(), vKeys.end()) != vKeys.end()) return fail("a segment comes twice");
+    if (!allHaveSides(vKeys, [](const Sides& s) { return s.bLeft || s.bRight; })) {
+        return fail("a segment is no edge of the triangles");
+    }
+    vKeys.clear();
     for (const std::vector<Index>& vZone : saved.vvZones) {
         if (!areRings(vZone)) return fail("the border of a zone isn't closed");
-        forEachPair(vZone, addKey);
-    }
-    if (keys.size() == 0) return true;
-    keys.sort();
-
-    // What is still to be found of each: any triangle at it, one on the left of it, one on the left of its reverse.
-    enum : std::uint8_t
-    {
-        Segment = 1,
-        Upward = 2,
-        Downward = 4
-    };
-    std::vector<std::uint8_t> vWanted(keys.size(), 0);
-    bool bTwice = false;
-    forEachPair(saved.vSegments, [&](Index src, Index trg) {
-        std::uint8_t& wanted = vWanted[keys.findUndirected(src, trg)];
-        bTwice = bTwice || wanted != 0;
-        wanted = Segment;
-    });
-    if (bTwice) return fail("a segment comes twice");
-    for (const std::vector<Index>& vZone : saved.vvZones) {
-        forEachPair(vZone, [&](Index src, Index trg) {
-            vWanted[keys.findUndirected(src, trg)] |= src < trg ? Upward : Downward;
-        });
-    }
-    for (std::size_t t = 0; t < pTriangles->size(); ++t) {
-        const Index c[3] = {pTriangles->corner(t, 0), pTriangles->corner(t, 1), pTriangles->corner(t, 2)};
-        if (keys.isEnd(c[0]) + keys.isEnd(c[1]) + keys.isEnd(c[2]) < 2) continue;
-        for (int i = 0; i < 3; ++i) {
-            const Index src = c[i];
-            const Index trg = c[L::next(i)];
-            const std::size_t position = keys.findUndirected(src, trg);
-            if (position == EdgeKeys::none) continue;
-            vWanted[position] &= static_cast<std::uint8_t>(~(Segment | (src < trg ? Upward : Downward)));
+        for (std::size_t i = 0; i < vZone.size(); i += 2) {
+            vKeys.emplace_back(vZone[i], vZone[i + 1]);
         }
     }
-    std::uint8_t missing = 0;
-    for (const std::uint8_t wanted : vWanted) {
-        missing |= wanted;
+    std::sort(vKeys.begin(), vKeys.end());
+    vKeys.erase(std::unique(vKeys.begin(), vKeys.end()), vKeys.end());
+    return allHaveSides(vKeys, [](const Sides& s) { return s.bLeft; }) ||
+           fail("the border of a zone is no edge of the triangles");
+}
+
+/// Of edges that are all different.
+template <class Ask>
+bool TriangulationLoader::allHaveSides(const std::vector<EdgeKey>& vEdges, const Ask& ask) const
+{
+    const Point2* const aVertices = pVertices->data();
+    constexpr std::size_t ahead = 8;
+    for (std::size_t i = 0; i < vEdges.size(); ++i) {
+        if (i + 2 * ahead < vEdges.size()) __builtin_prefetch(aVertices + vEdges[i + 2 * ahead].first);
+        if (i + ahead < vEdges.size()) __builtin_prefetch(aVertices[vEdges[i + ahead].first].getIncidentTriangle());
+        if (!ask(sidesOf(aVertices + vEdges[i].first, aVertices + vEdges[i].second))) return false;
     }
-    if ((missing & Segment) != 0) return fail("a segment is no edge of the triangles");
-    return missing == 0 || fail("the border of a zone is no edge of the triangles");
+    return true;
 }
 
 /// Whether no edge comes twice, be it in the other direction, and each vertex is left as often as it is reached.

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -54,6 +55,7 @@ public:
 
 private:
     using Index = SavedIndices::Index;
+    using EdgeKey = std::pair<Index, Index>;
 
     bool fail(const char* what);
     bool readVertices(TriangulationReader& reader);
@@ -63,6 +65,8 @@ private:
     bool fillGaps();
     bool assemble(const std::vector<Index>& vCorners);
     bool checkEdges();
+    template <class Ask>
+    bool allHaveSides(const std::vector<EdgeKey>& vEdges, const Ask& ask) const;
     static bool areRings(const std::vector<Index>& vZone);
 
     Dt2& dt2;
