@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
@@ -97,17 +96,6 @@ TEST(EfficientModel, SurfaceLeavesTheBoundOnRealTerrain)
             EXPECT_LT(vModel.size(), numBefore);
             numBefore = vModel.size();
             EXPECT_LE(largestError(vAll, vModel), maxError);
-
-            CloudPrepare cloud;
-            cloud.add(vAll);
-            lumo_test::CoutCapture silence;
-            cloud.uniformSimplifyNum(static_cast<std::ptrdiff_t>(vModel.size()), SMS_MEDIAN, CHS_MINHULL);
-            Points vUniform;
-            cloud.getPoints(vUniform);
-            const double uniformError = largestError(vAll, vUniform);
-            EXPECT_GT(uniformError, 3.0 * maxError);
-            std::printf("%-20s within %4.1f: %5.1f %% of the points; as many from a grid: %.1f\n", name, maxError,
-                        100.0 * static_cast<double>(vModel.size()) / static_cast<double>(vAll.size()), uniformError);
         }
     }
 }

@@ -84,14 +84,18 @@ void expectSound(const Lumo_2D& lumo, const Points& vPoints, bool bWithOracle = 
 
 TEST(Insertion, everyFormGivesASoundTriangulationOfEveryCorpusEntry)
 {
+    std::size_t numVariants = 0;
     for (oracles::CorpusEntry& entry : oracles::corpus(1000)) {
         const oracles::FailureKeeper keeper(entry);
+        const bool bVariant = entry.name.find('+') != std::string::npos; // turned and so on: one way each, in turn
+        const std::size_t number = bVariant ? numVariants++ : 0;
         Points& vPoints = entry.vPoints;
         for (std::size_t i = 0; i < vPoints.size(); ++i) {
             vPoints[i].setCustomIndex(static_cast<int>(i));
             vPoints[i].setZ(static_cast<double>(i));
         }
         for (const auto& way : ways) {
+            if (bVariant && static_cast<std::size_t>(&way - ways) != number % std::size(ways)) continue;
             SCOPED_TRACE(way.forms);
             Lumo_2D lumo;
             lumo.setNumCPU(way.numCPU);

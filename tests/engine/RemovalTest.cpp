@@ -89,37 +89,6 @@ TEST(Removal, aCorpusEntryDoesNotSurviveRemovalOfEveryVertexInRandomOrder)
     }
 }
 
-TEST(Removal, smallShapesLoseTheWrongTriangles)
-{
-    const struct
-    {
-        const char* name;
-        Points vPoints;
-        std::size_t goes;
-        std::size_t numTriangles;
-    } aShapes[] = {
-        {"degree three", {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}, {3, 3, 0}}, 3, 1},
-        {"convex quadrilateral", {{0, 0, 0}, {5, 0, 0}, {6, 5, 0}, {0, 4, 0}}, 2, 1},
-        {"hull corner over an inner vertex", {{0, 0, 0}, {9, 0, 0}, {4, 9, 0}, {4, 1, 0}}, 2, 1},
-        {"middle of a straight side", {{0, 0, 0}, {4, 0, 0}, {8, 0, 0}, {4, 4, 0}}, 1, 1},
-        {"end of a straight side", {{0, 0, 0}, {4, 0, 0}, {8, 0, 0}, {4, 4, 0}}, 0, 1},
-        {"apex over a line", {{0, 0, 0}, {4, 0, 0}, {8, 0, 0}, {12, 0, 0}, {4, 4, 0}}, 4, 0},
-    };
-    for (const auto& shape : aShapes) {
-        SCOPED_TRACE(shape.name);
-        Lumo_2D lumo;
-        const Handles vHandles = insertAll(lumo, shape.vPoints);
-        Point2* const pGone = vHandles[shape.goes];
-        lumo.remove(pGone);
-        EXPECT_EQ(lumo.numberOfTriangles(), shape.numTriangles);
-        Points vLeft(shape.vPoints);
-        vLeft.erase(vLeft.begin() + static_cast<std::ptrdiff_t>(shape.goes));
-        expectSound(lumo, vLeft);
-        EXPECT_EQ(lumo.insert(Point2(pGone->x(), pGone->y(), 42.0))->z(), 42.0);
-        expectSound(lumo, shape.vPoints);
-    }
-}
-
 TEST(Removal, pointersThatAreNoVertexInUseAreTakenForOne)
 {
     const Points vSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {1, 2, 0}};

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <set>
 #include <stdexcept>
 
 namespace
@@ -54,44 +53,6 @@ TEST(Sequences, aSequenceThatOnceFailedFailsAgain)
     EXPECT_GT(numSequences, 0U);
 }
 
-/// A fault planted beside the triangulation: it shows when (1, 2) is removed while (3, 0) has come before.
-bool plantedFault(const OperationSequence& sequence)
-{
-    std::set<std::pair<double, double>> sPlaces;
-    for (const Operation& op : sequence) {
-        for (const Point2& p : op.vPoints) {
-            if (op.kind <= Operation::THREADED) sPlaces.insert({p.x(), p.y()});
-            if (op.kind == Operation::REMOVE && sPlaces.erase({p.x(), p.y()}) != 0 && p == Point2(1, 2, 0) &&
-                sPlaces.count({3, 0}) != 0)
-                return true;
-        }
-    }
-    return false;
-}
-
-TEST(Sequences, aPlantedFaultIsNotShrunkToItsCoreOrItsFileDoesNotRepeatIt)
-{
-    const lumo_test::CoutCapture out;
-    const lumo_test::TempWorkDir directory;
-    int numPlanted = 0;
-    for (std::uint64_t seed = 1; numPlanted < 5; ++seed) {
-        ASSERT_LT(seed, 2000U);
-        const OperationSequence sequence = Composer(seed).sequence(25);
-        if (!plantedFault(sequence)) continue;
-        ++numPlanted;
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        const OperationSequence small = oracles::shrink(sequence, plantedFault);
-        std::size_t numPoints = 0;
-        for (const Operation& op : small) numPoints += op.vPoints.size();
-        EXPECT_EQ(numPoints, 3U) << "two points in, one out";
-        EXPECT_LE(small.size(), 3U);
-        ASSERT_TRUE(oracles::writeSequenceFile("shrunk.txt", small));
-        const OperationSequence reread = oracles::readSequenceFile("shrunk.txt");
-        EXPECT_TRUE(plantedFault(reread));
-        ASSERT_EQ(reread.size(), small.size());
-    }
-}
-
 TEST(Sequences, theNaiveModelAcceptsABrokenTriangulation)
 {
     // A point that isn't finite is refused by the library, which the model doesn't know of: so the runner has to object.
@@ -99,15 +60,6 @@ TEST(Sequences, theNaiveModelAcceptsABrokenTriangulation)
     const lumo_test::CoutCapture out;
     EXPECT_NE(oracles::runSequence({{Operation::VECTOR, {{0, 0, 0}, {nan, 0, 0}, {1, 5, 0}}}}), "");
     EXPECT_NE(oracles::runSequence({{Operation::INSERT, {{0, nan, 0}}}}), "");
-}
-
-TEST(Sequences, aBrokenFileIsRead)
-{
-    const lumo_test::TempWorkDir directory;
-    for (const char* content : {"#: vector 2\np 0 0\n", "#: swim 0\n", "#: insert\np 0 0\n", "#: insert 0\np 0 0\n"}) {
-        lumo_test::writeFile("bad.txt", content);
-        EXPECT_THROW(oracles::readSequenceFile("bad.txt"), std::runtime_error) << content;
-    }
 }
 
 } // namespace

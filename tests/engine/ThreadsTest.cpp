@@ -169,13 +169,13 @@ TEST(Threads, laterBulksAndRemovalsGoOnFromAThreadedOne)
 /// points, whose duplicates are listed.
 TEST(Threads, aWorkerWithoutMemoryEndsTheProcessOrLeavesAnUnsoundTriangulation)
 {
-    Points vPoints = Dice(7).points(30000, 1.0, 1.0);
+    Points vPoints = Dice(7).points(12000, 1.0, 1.0);
     vPoints.insert(vPoints.end(), vPoints.begin(), vPoints.end());
     Lumo_2D single;
     single.insert(vPoints);
     int numFailed = 0;
     bool bFails = true;
-    for (int numAllocations = 0; bFails; numAllocations = numAllocations * 5 / 4 + 1) {
+    for (int numAllocations = 0; bFails; numAllocations = numAllocations * 3 / 2 + 1) {
         SCOPED_TRACE("allocations: " + std::to_string(numAllocations));
         Lumo_2D lumo;
         lumo.setNumCPU(4);

@@ -167,25 +167,6 @@ TEST(Validity, aPlantedFaultStaysHiddenFromItsLayer)
     }
 }
 
-TEST(Validity, aFaultOfALaterLayerIsBlamedOnAnEarlierOne)
-{
-    constexpr Layer layers[] = {&ValidityCheck::checkLinks, &ValidityCheck::checkOrientation,
-                                &ValidityCheck::checkIncidentTriangles};
-    for (const Fault& fault : faults) {
-        SCOPED_TRACE(fault.name);
-        Field field;
-        fault.plant(field);
-        CoutCapture out;
-        for (const Layer layer : layers) {
-            if (layer == fault.layer) break;
-            // What breaks a vault need not leave the mesh alone.
-            if (fault.layer == &ValidityCheck::checkVault && layer != layers[0]) break;
-            EXPECT_TRUE((ValidityCheck(field.dt2()).*layer)());
-        }
-        EXPECT_EQ(out.take(), "");
-    }
-}
-
 TEST(Validity, triangulationsWithoutAreaAreNotChecked)
 {
     Lumo_2D lumo;

@@ -15,7 +15,6 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace ORBI_LUMO25D;
@@ -185,22 +184,6 @@ TEST(Triangle2, CentresOfDegenerateAndExtremeTrianglesAreFiniteAndNeverFail)
             }
         }
     }
-}
-
-TEST(Triangle2, DualsFromManyThreadsAreTheSame)
-{
-    SplitMix64 random(24);
-    std::vector<OwnTrianglePtr> vOwn;
-    for (int i = 0; i < 200; ++i) vOwn.push_back(randomTriangle(random, 1e3, 1e3, i % 2 == 0 ? 1e-9 : 1.0));
-    std::vector<std::pair<Point2, bool>> avDuals[4];
-    std::vector<std::thread> vThreads;
-    for (auto& vDuals : avDuals) {
-        vThreads.emplace_back([&vOwn, &vDuals] {
-            for (const OwnTrianglePtr& pOwn : vOwn) vDuals.push_back(pOwn->t.getDual());
-        });
-    }
-    for (std::thread& thread : vThreads) thread.join();
-    for (const auto& vDuals : avDuals) EXPECT_EQ(vDuals, avDuals[0]);
 }
 
 TEST(Triangle2, HasOnEdgeIsExact)

@@ -56,15 +56,6 @@ TEST(Grid, LinesSinglePointsAndNeighbouringDoublesHaveCells)
     EXPECT_THROW(makeGrid(vNone), LumoException);
 }
 
-TEST(Grid, DrawingLacksPoints)
-{
-    const lumo_test::TempWorkDir directory;
-    const lumo_test::CoutCapture quiet;
-    std::vector<Point2> vPoints{{0, 10, 5}, {1, 10, 7}, {1, 11, 12}, {2, 11, -3}};
-    makeGrid(vPoints).writePoints("points.list");
-    EXPECT_NE(lumo_test::readFile("points.list").find("diffuse 1 1 1 alpha 0.5 } }\nOFF\n4 2 0\n"), std::string::npos);
-}
-
 TEST(Grid, ManyColumnsAreCapped)
 {
     std::vector<Point2> vPoints;

@@ -37,29 +37,3 @@ TEST(Corpus, WrittenInputDoesNotComeBackBitForBitOrTheCorpusShrank)
     EXPECT_GT(sNames.size(), 500u);
     EXPECT_GT(numSegments, 30000u);
 }
-
-TEST(Corpus, BrokenFileIsRead)
-{
-    const lumo_test::TempWorkDir directory;
-    EXPECT_THROW(readCorpusFile("missing.txt", ""), std::runtime_error);
-    for (const char* content : {"p 1\n", "p 1 2 3 4\n", "p 1 nan\n", "p 1 2 x\n", "s 0 1\n", "p 0 0\np 1 1\ns 0 2\n",
-                                "p 0 0\ns 0 -1\n", "p 0 0\np 1 1\ns 0 0.5\n", "point 0 0\n"}) {
-        lumo_test::writeFile("bad.txt", content);
-        EXPECT_THROW(readCorpusFile("bad.txt", ""), std::runtime_error) << content;
-    }
-    lumo_test::writeFile("good.txt", "# only\r\n\ns 1 0\r\np 1 2\r\np 3 4 5\r\n");
-    const Point2 a(1, 2, 0), b(3, 4, 5);
-    EXPECT_TRUE(same(readCorpusFile("good.txt", ""), {"", {a, b}, {Segment2(b, a)}}));
-}
-
-TEST(Corpus, FailureLeavesNoCorpusFileOfItsInput)
-{
-    const lumo_test::TempWorkDir directory;
-    const CorpusEntry entry = {"some/thing+turned", {Point2(0.1, 1e300, -0.0), Point2(5e-324, 1, 2)}, {}};
-    try {
-        const FailureKeeper keeper(entry);
-        throw std::runtime_error("a failed condition");
-    } catch (const std::runtime_error&) {
-    }
-    EXPECT_TRUE(same(readCorpusFile("failed-some-thing+turned.txt", ""), entry));
-}

@@ -258,12 +258,7 @@ TEST(SegmentChecker, ProgressOrPicturesAreWrong)
     SegmentChecker checker(pointersTo(vSegments));
     checker.showSegments("all.ps");
     EXPECT_THAT(out.take(), HasSubstr("SegmentChecker::showSegments(), numSegments=5\n"));
-    const auto count = [](const std::string& text) {
-        std::size_t n = 0;
-        for (std::size_t i = text.find("lineto"); i != std::string::npos; i = text.find("lineto", i + 1)) ++n;
-        return n;
-    };
-    EXPECT_EQ(count(lumo_test::readFile("all.ps")), 5U);
+    EXPECT_EQ(lumo_test::countOf("lineto", lumo_test::readFile("all.ps")), 5U);
     for (const bool bAlsoEnds : {false, true}) {
         checker.showIllegalSegments(bAlsoEnds, "illegal.ps");
         const std::string picture = lumo_test::readFile("illegal.ps");
@@ -272,7 +267,8 @@ TEST(SegmentChecker, ProgressOrPicturesAreWrong)
         EXPECT_THAT(picture, HasSubstr(bAlsoEnds ? "(Legal segments: 0)" : "(Legal segments: 1)"));
         EXPECT_THAT(picture, HasSubstr(bAlsoEnds ? "(Illegal segments: 5)" : "(Illegal segments: 4)"));
         // Behind the frame of the notes: five segments, an overlap, and a cross of two lines for each point.
-        EXPECT_EQ(count(picture.substr(picture.rfind("692\tlineto"))), bAlsoEnds ? 11U : 9U) << picture;
+        EXPECT_EQ(lumo_test::countOf("lineto", picture.substr(picture.rfind("692\tlineto"))), bAlsoEnds ? 11U : 9U)
+            << picture;
     }
 
     Listener listener;

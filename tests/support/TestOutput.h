@@ -1,6 +1,8 @@
 #ifndef LUMO25D_TESTS_SUPPORT_TESTOUTPUT_H
 #define LUMO25D_TESTS_SUPPORT_TESTOUTPUT_H
 
+#include "LumoException.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -82,6 +84,26 @@ inline std::string readFile(const std::string& filename)
 inline void writeFile(const std::string& filename, const std::string& content)
 {
     std::ofstream(filename, std::ios::binary) << content;
+}
+
+inline std::size_t countOf(const std::string& part, const std::string& text)
+{
+    std::size_t n = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++n;
+    return n;
+}
+
+/// Runs f, which must fail a condition, and returns what it printed.
+template <class F>
+std::string failureOutput(const F& f)
+{
+    CoutCapture out;
+    try {
+        f();
+    } catch (const ORBI_LUMO25D::LumoException&) {
+        return out.take();
+    }
+    throw std::logic_error("no condition has failed");
 }
 
 } // namespace lumo_test

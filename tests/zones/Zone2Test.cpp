@@ -559,10 +559,7 @@ TEST(Zone2, DrawingOrFileHoldsOtherTriangles)
         }
     }
     const auto count = [](const char* filename, const std::string& part) {
-        const std::string text = lumo_test::readFile(filename);
-        std::size_t n = 0;
-        for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++n;
-        return n;
+        return lumo_test::countOf(part, lumo_test::readFile(filename));
     };
     ASSERT_TRUE(lumo.writeObj("both.obj", vZones));
     EXPECT_EQ(count("both.obj", "\nv "), sCorners.size());
