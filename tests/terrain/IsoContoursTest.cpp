@@ -3,6 +3,7 @@
 #include "LumoException.h"
 #include "Lumo_2D.h"
 #include "Vector2.h"
+#include "freeFunctions.h"
 #include "oracles/Corpus.h"
 #include "oracles/Dice.h"
 #include "support/TestOutput.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 #include <map>
 #include <set>
 
@@ -249,4 +251,28 @@ TEST(IsoContours, MisuseOrMessagesChanged)
     EXPECT_THROW(IsoContours(std::vector<Point2>(), Vector2(0, 0, 0)), LumoException);
     aCorners[0].setZ(0x1p60);
     EXPECT_THROW(IsoContours({&t}).getContours(0x1p60, vvContours, false, true), LumoException);
+}
+
+TEST(IsoContours, ThreadsThatAskAtOnceGetOtherAnswersThanOne)
+{
+    Lumo_2D lumo;
+    lumo.insert(oracles::Dice(3).points(2000, 100.0, 100.0));
+    std::vector<Segment2> vRing;
+    generateCircle(64, Point2(50, 50, 0), 30, vRing);
+    const Zone2* const pZone = lumo.createZone(lumo.createConstraint(vRing, CIS_CONSTRAINED_DELAUNAY), ZL_INSIDE);
+    std::vector<Triangle2*> vT;
+    pZone->getTriangles(vT);
+    const IsoContours iso(vT);
+    const auto ask = [&] {
+        Contours vvContours;
+        for (int i = 0; i < 20; ++i)
+            iso.getContours(iso.getMinHeight() + 0.05 * i * iso.getMaxHeight(), vvContours, false, true);
+        std::vector<Edge2> vBorder;
+        pZone->getBorderEdges(vBorder);
+        return std::make_pair(vvContours, pZone->getArea25D() + static_cast<double>(vBorder.size()));
+    };
+    const auto expected = ask();
+    std::vector<std::future<decltype(ask())>> vAnswers;
+    for (int i = 0; i < 4; ++i) vAnswers.push_back(std::async(std::launch::async, ask));
+    for (auto& answer : vAnswers) EXPECT_EQ(answer.get(), expected);
 }
