@@ -78,10 +78,10 @@ public:
         }
         const double wall = benchmarks::median(vWall);
         const auto size = static_cast<double>(n);
-        std::printf("%-28s %9zu %9.3f s %8.1f ns/point %7.1f peak B/point %12llu", name, n, wall, 1e9 * wall / size,
-                    m.peakBytes / size, m.sum);
+        std::printf("| %s | %zu | %.3f | %.0f | %.0f | %llu |", name, n, wall, 1e9 * wall / size, m.peakBytes / size,
+                    m.sum);
         if (reference > 0.0) {
-            std::printf(" %6.2f sorts", wall / reference);
+            std::printf(" %.2f |", wall / reference);
             benchmarks::addFigure(name, wall, "std::sort", reference);
         }
         std::printf("\n");
@@ -111,6 +111,7 @@ int main(int argc, char** argv)
         if (std::strcmp(argv[i], "--terrain") == 0) terrain = argv[i + 1];
     }
     Table table(numRounds);
+    std::printf("| case | points | s | ns a point | peak B/point | left | in sorts |\n|---|---|---|---|---|---|---|\n");
     if (n > 0) {
         const auto cloud = [n](const std::function<std::size_t(CloudPrepare&)>& work) {
             return [n, work] { return timeCloud(n, work); };

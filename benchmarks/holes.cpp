@@ -97,18 +97,20 @@ void compare(const std::string& name, const Corners& vMesh, bool bAddPoints, boo
 {
     const std::size_t any = vMesh.size();
     const Closing ours = measure(closeByUs, vMesh, bAddPoints, any, options.numRounds);
-    std::printf("%-24s %-6s %9.4f %9zu %6zu", name.c_str(), bAddPoints ? "points" : "-", ours.seconds,
+    std::printf("| %s | %s | %.4f | %zu | %zu |", name.c_str(), bAddPoints ? "yes" : "no", ours.seconds,
                 ours.numTriangles, ours.numFailed);
 #if defined(LUMO25D_WITH_CGAL)
     const Closing peer = measure(closeByCgal, vMesh, bAddPoints, options.peerMax, options.numRounds);
     if (peer.numTriangles > 0) {
-        std::printf(" %9.4f %9zu %6zu %8.1f", peer.seconds, peer.numTriangles, peer.numFailed,
+        std::printf(" %.4f | %zu | %zu | %.1f |", peer.seconds, peer.numTriangles, peer.numFailed,
                     peer.seconds / ours.seconds);
         addFigure(name + (bAddPoints ? ", new points" : ""), ours.seconds, "CGAL", peer.seconds);
+    } else {
+        std::printf(" | | | |");
     }
     if (bCrossings) {
         const std::size_t before = countSelfIntersections(vMesh);
-        std::printf("   crossings: %zu before, %zu ours, %zu peer", before, countSelfIntersections(ours.vMesh),
+        std::printf(" %zu | %zu | %zu |", before, countSelfIntersections(ours.vMesh),
                     countSelfIntersections(peer.vMesh));
     }
 #else
@@ -139,8 +141,9 @@ int main(int argc, char** argv)
             vFiles.emplace_back(argv[i]);
         }
     }
-    std::printf("%-24s %-6s %9s %9s %6s %9s %9s %6s %8s\n", "case", "", "ours s", "triangles", "failed", "peer s",
-                "triangles", "failed", "times");
+    std::printf(
+        "| case | points | ours s | triangles | open | peer s | triangles | open | peer / ours | crossings before | "
+        "ours | peer |\n|---|---|---|---|---|---|---|---|---|---|---|---|\n");
     for (const std::size_t n : {250U, 500U, 1000U, 2000U, 5000U, 10000U}) {
         compare("ring of " + std::to_string(n), makeBand(n), false, false, options);
     }

@@ -70,8 +70,9 @@ private:
 
 void printHead()
 {
-    std::printf("%-30s %-6s %9s %9s %9s %9s %9s %8s %8s %7s %7s\n", "case", "", "wall s", "user s", "system s", "us/op",
-                "destr. s", "heap B/p", "peak B/p", "wall x", "user x");
+    std::printf(
+        "| case | | wall s | user s | system s | us a point | destruction s | heap B/point | peak B/point | wall x | "
+        "user x |\n|---|---|---|---|---|---|---|---|---|---|---|\n");
 }
 
 /// Runs the contestants in turns and prints a line for each. False when their results differ.
@@ -89,22 +90,23 @@ bool runCase(const Case& c, int rounds)
     const double n = static_cast<double>(c.numOperations);
     for (std::size_t i = 0; i < c.vContestants.size(); ++i) {
         const Summary s(vvResults[i]);
-        std::printf("%-30s %-6s %9.4f %9.4f %9.4f %9.4f", i == 0 ? c.name.c_str() : "", c.vContestants[i].name.c_str(),
-                    s.wall, s.user, s.system, 1e6 * s.wall / n);
+        std::printf("| %s | %s | %.4f | %.4f | %.4f | %.3f |", i == 0 ? c.name.c_str() : "",
+                    c.vContestants[i].name.c_str(), s.wall, s.user, s.system, 1e6 * s.wall / n);
         if (c.bBuilds) {
-            std::printf(" %9.4f %8.1f %8.1f", s.destruction, s.heap / n, s.peak / n);
+            std::printf(" %.4f | %.0f | %.0f |", s.destruction, s.heap / n, s.peak / n);
         } else {
-            std::printf(" %9s %8s %8s", "", "", "");
+            std::printf(" | | |");
         }
         if (i > 0) {
-            std::printf(" %7.2f %7.2f", s.wall / ours.wall, s.user / ours.user);
+            std::printf(" %.2f | %.2f |\n", s.wall / ours.wall, s.user / ours.user);
             addFigure(c.name, ours.wall, c.vContestants[i].name, s.wall);
+        } else {
+            std::printf(" | |\n");
         }
-        std::printf("\n");
         const unsigned long long sum = vvResults[i][0].sum;
         if (sum != 0 && sum != vvResults[0][0].sum) bAgree = false;
     }
-    if (!bAgree) std::printf("%-30s DIFFERENT RESULTS\n", c.name.c_str());
+    if (!bAgree) std::printf("| %s | DIFFERENT RESULTS |\n", c.name.c_str());
     std::fflush(stdout);
     return bAgree;
 }

@@ -210,14 +210,16 @@ bool compare(const char* name, std::size_t n, int numRounds, const std::function
         bSame = bSame && a.sum == b.sum;
     }
     const double size = static_cast<double>(n);
-    std::printf("%-22s %8zu %10.4f %8.0f %9.2f", name, n, median(vOurs), 1e9 * median(vOurs) / size,
+    std::printf("| %s | %zu | %.4f | %.0f | %.1f |", name, n, median(vOurs), 1e9 * median(vOurs) / size,
                 1e9 * median(vOurs) / size / std::log2(size));
     if (peer) {
-        std::printf(" %10.4f %8.2f %8.2f", median(vPeer), median(vPeer) / median(vOurs),
+        std::printf(" %.4f | %.2f | %.2f |", median(vPeer), median(vPeer) / median(vOurs),
                     median(vPeerUser) / std::max(1e-9, median(vOursUser)));
         benchmarks::addFigure(name + (", n = " + std::to_string(n)), median(vOurs), "Boost", median(vPeer));
+    } else {
+        std::printf(" | | |");
     }
-    std::printf("%s\n", bSame ? "" : "  DIFFERENT RESULTS");
+    std::printf("%s\n", bSame ? "" : " DIFFERENT RESULTS |");
     std::fflush(stdout);
     return bSame;
 }
@@ -265,9 +267,6 @@ bool compareAll(std::size_t n, int numRounds)
     line(
         "check", [&] { return timeChecker(vSegments); }, nullptr);
 #endif
-    const Measurement pairs = timeQueries<OurIndex>(vSegments, true, true);
-    std::printf("%22s %8zu: each meets %.2f others on average\n", "", n,
-                static_cast<double>(pairs.sum) / static_cast<double>(n));
     return bSame;
 }
 
@@ -282,8 +281,8 @@ int main(int argc, char** argv)
         if (std::strcmp(argv[i], "--points") == 0) vSizes = {std::strtoull(argv[i + 1], nullptr, 10)};
     }
     benchmarks::settleMemory(std::size_t(1) << 30);
-    std::printf("%-22s %8s %10s %8s %9s %10s %8s %8s\n", "case", "n", "ours s", "ns/n", "ns/nlogn", "peer s", "wall x",
-                "user x");
+    std::printf("| case | n | ours s | ns per n | ns per n log2 n | peer s | wall x | user x |\n"
+                "|---|---|---|---|---|---|---|---|\n");
     bool bSame = true;
     for (const std::size_t n : vSizes) bSame = compareAll(n, numRounds) && bSame;
     return bSame ? 0 : 1;

@@ -94,15 +94,15 @@ bool runCase(const Case& c, const Options& options)
     for (std::size_t i = 0; i < vvResults.size(); ++i) {
         const double wall = medianWall(vvResults[i]);
         const double speedup = first / wall;
-        std::printf("%-16s %7d %9.4f %8.2f", i == 0 ? c.name : "", options.vThreads[i], wall, speedup);
         const double p = options.vThreads[i];
+        const double peak = vvResults[i][0].peakBytes / static_cast<double>(vPoints.size());
+        std::printf("| %s | %d | %.4f | %.2f | ", i == 0 ? c.name : "", options.vThreads[i], wall, speedup);
+        if (i > 0 && p > 1.0) std::printf("%.1f %%", 100.0 * (1.0 / speedup - 1.0 / p) / (1.0 - 1.0 / p));
+        std::printf(" | %.0f |\n", peak);
         if (i > 0)
             addFigure(c.name + (", " + std::to_string(options.vThreads[i])) + " threads", wall, "1 thread", first);
-        if (i > 0 && p > 1.0) std::printf(" %8.1f %%", 100.0 * (1.0 / speedup - 1.0 / p) / (1.0 - 1.0 / p));
-        const double peak = vvResults[i][0].peakBytes / static_cast<double>(vPoints.size());
-        std::printf("%*s%8.1f\n", i > 0 && p > 1.0 ? 2 : 13, "", peak);
         if (vvResults[i][0].sum != vvResults[0][0].sum) {
-            std::printf("%-16s DIFFERENT RESULTS\n", c.name);
+            std::printf("| %s | DIFFERENT RESULTS |\n", c.name);
             return false;
         }
     }
@@ -138,7 +138,7 @@ Options readOptions(int argc, char** argv)
 int main(int argc, char** argv)
 {
     const Options options = readOptions(argc, argv);
-    std::printf("%-16s %7s %9s %8s %10s %9s\n", "case", "threads", "wall s", "x", "serial", "peak B/p");
+    std::printf("| case | threads | wall s | x | serial | peak B/point |\n|---|---|---|---|---|---|\n");
     bool bAgree = true;
     for (const Case& c : aCases) {
         const auto& v = options.vCases;
