@@ -101,7 +101,6 @@ public:
     /// Append the segments in the order in which they were made.
     void getAliveSegments(std::vector<ConstraintSegment2*>& vSegments) const;
     void getAllSegments(std::vector<ConstraintSegment2*>& vSegments) const;
-    const std::vector<std::unique_ptr<ConstraintGraph2>>& getGraphs() const { return vConstraintGraphs; }
     std::size_t numSegments() const { return poolSegments.size(); }
     std::size_t bytes() const;
 

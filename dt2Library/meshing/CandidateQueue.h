@@ -36,7 +36,6 @@ public:
     void push(double sqSine, Triangle2* pT);
     /// False when there is none left.
     bool pop(Entry& entry);
-    bool empty() const { return numEntries == 0; }
 
 private:
     struct Node

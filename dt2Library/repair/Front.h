@@ -32,7 +32,6 @@ public:
 
     const Node& node(std::size_t i) const { return vNodes[i]; }
     const Ring& ring(std::size_t i) const { return vRings[i]; }
-    std::size_t numberOfRings() const { return vRings.size(); }
     /// The vertices of the nodes before and after.
     std::size_t dec(std::size_t i) const { return vNodes[vNodes[i].prev].vertex; }
     std::size_t inc(std::size_t i) const { return vNodes[vNodes[i].next].vertex; }
