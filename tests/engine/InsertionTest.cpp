@@ -116,7 +116,7 @@ TEST(Insertion, largeCorpusEntriesAreSoundInBulkAndRepeatBitForBit)
             lumo.setNumCPU(numCPU);
             expectHandlesOfFirstPoints(entry.vPoints, insertParts(lumo, entry.vPoints, "v"));
             const bool bFirst = numCPU == 1 && exports[1].empty();
-            expectSound(lumo, entry.vPoints, bFirst && entry.vPoints.size() < 3000);
+            expectSound(lumo, entry.vPoints, bFirst && entry.vPoints.size() < 2000);
             if (numCPU != 1) continue;
             exports[0].swap(exports[1]);
             std::vector<Triangle2*> vT;

@@ -151,7 +151,7 @@ TEST(SegmentChecker, TypeOrCommonPartIsNotExact)
     }
     // On one line but for the rounding of coordinates, at magnitudes that take every stage of the predicates.
     SplitMix64 random(11);
-    for (int i = 0; i < 6000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         const double scale = std::ldexp(1.0, (i % 3) * 300 - 300), dx = random.between(-1, 1),
                      dy = random.between(-1, 1);
         const double origin = i % 4 == 0 ? 0.0 : 1.0;
