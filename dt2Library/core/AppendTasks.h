@@ -9,9 +9,7 @@
 
 #include "Point2.h"
 
-#include <algorithm>
 #include <cstddef>
-#include <functional>
 #include <new>
 #include <vector>
 

@@ -4,7 +4,6 @@
 #include "core/MeshSurgery.h"
 #include "core/StraightWalk.h"
 #include "engine/Dt2.h"
-#include "support/check.h"
 
 #include <limits>
 #include <new>

@@ -11,7 +11,6 @@
 #include "support/check.h"
 #include "support/messages.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace ORBI_LUMO25D

@@ -1,13 +1,11 @@
 #ifndef LUMO25D_ENGINE_CONSTRAINTINSERTER_H
 #define LUMO25D_ENGINE_CONSTRAINTINSERTER_H
 
-#include "core/StarRepair.h"
 
 #include "ConstraintSegment2.h"
 #include "Point2.h"
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace ORBI_LUMO25D

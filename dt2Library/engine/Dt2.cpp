@@ -7,7 +7,6 @@
 #include "engine/ConstraintInserter.h"
 #include "geometry/RoundToNearest.h"
 #include "support/check.h"
-#include "support/messages.h"
 
 #include <algorithm>
 #include <chrono>

@@ -9,6 +9,7 @@
 #include "engine/TriangulationLoader.h"
 #include "engine/TriangulationSaver.h"
 #include "geometry/RoundToNearest.h"
+#include "geometry/finite.h"
 #include "output/triangulationFile.h"
 #include "support/messages.h"
 
@@ -16,7 +17,6 @@
 #include "VertexPair2.h"
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <set>
 
@@ -25,11 +25,6 @@ namespace ORBI_LUMO25D
 
 namespace
 {
-
-bool isFinite2D(const Segment2& s)
-{
-    return std::isfinite(s.src.x()) && std::isfinite(s.src.y()) && std::isfinite(s.trg.x()) && std::isfinite(s.trg.y());
-}
 
 /// Sets a flag for its scope.
 class FlagSet

@@ -7,7 +7,6 @@
 #include "core/MeshSurgery.h"
 #include "geometry/RoundToNearest.h"
 #include "support/check.h"
-#include "support/messages.h"
 
 #include <cmath>
 

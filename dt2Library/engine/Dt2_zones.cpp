@@ -17,7 +17,6 @@
 #include "Zone2.h"
 
 #include <algorithm>
-#include <functional>
 #include <iostream>
 #include <iterator>
 #include <limits>

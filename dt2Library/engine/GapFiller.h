@@ -5,7 +5,6 @@
 
 #include "Point2.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 

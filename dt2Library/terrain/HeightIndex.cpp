@@ -1,12 +1,13 @@
 #include "terrain/HeightIndex.h"
 
-#include "Bbox2.h"
 #include "geometry/KeyOrder.h"
+#include "geometry/finite.h"
 #include "orbi_tools/HilbertCurve2.h"
 #include "support/check.h"
 #include "support/messages.h"
 
-#include <cmath>
+#include "Bbox2.h"
+
 #include <functional>
 
 namespace ORBI_LUMO25D
@@ -20,7 +21,7 @@ bool isUsable(const Triangle2* pT)
     if (pT == nullptr) return false;
     for (int i = 0; i < 3; ++i) {
         const Point2* p = pT->corner(i);
-        if (p == nullptr || !std::isfinite(p->x()) || !std::isfinite(p->y()) || !std::isfinite(p->z())) return false;
+        if (p == nullptr || !isFinite25D(*p)) return false;
     }
     return true;
 }
