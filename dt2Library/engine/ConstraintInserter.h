@@ -1,7 +1,6 @@
 #ifndef LUMO25D_ENGINE_CONSTRAINTINSERTER_H
 #define LUMO25D_ENGINE_CONSTRAINTINSERTER_H
 
-
 #include "ConstraintSegment2.h"
 #include "Point2.h"
 
