@@ -158,6 +158,19 @@ public:
     void getIncidentVertices(const Point2* pVtx, std::vector<Point2*>& vVtx) const;
     /// Appends the hull counterclockwise from its lowest leftmost vertex, with or without collinear vertices.
     void getConvexHull(bool bAllVertices, std::vector<Point2*>& vConvexHull) const;
+    struct HullEdge
+    {
+        Triangle2* pT;
+        int ith;
+    };
+    /// Where a segment that starts outside of the hull gets in: at a vertex, or across an edge; both null if it doesn't.
+    struct HullEntry
+    {
+        Point2* pVtx;
+        HullEdge edge;
+    };
+    /// The predicates must know the range of both points.
+    HullEntry enterHull(const Point2& src, const Point2& trg);
     /// Where the segment from src, outside of the hull, to trg enters the hull: exact up to one rounding, never outside.
     /// bOK tells whether it does.
     Point2 cutLineAtCH(const Point2& src, const Point2& trg, bool& bOK);
@@ -237,6 +250,10 @@ public:
     /// See Lumo_2D::load(). False, with a message and nothing changed, for a file that isn't sound. Should memory run out in
     /// the middle of building, the engine can only be destroyed.
     bool load(const char* filename, std::vector<Zone2*>& vZones);
+    /// Makes points and triangles, three corners for each, the mesh of an engine without points, as load() does: edges need
+    /// not be Delaunay. Vertices and triangles come first in their pools, in this order, those that fill the convex hull
+    /// behind them. False, and nothing done, when they aren't sound.
+    bool takeMesh(const std::vector<Point2>& vPoints, const std::vector<std::int32_t>& vCorners);
 
     // ==== Dt2_zones.cpp: zones ======================================================================================
 
@@ -334,18 +351,6 @@ private:
     friend class TriangleImporter;
 
     class Walk;
-    struct HullEdge
-    {
-        Triangle2* pT;
-        int ith;
-    };
-    /// Where a segment that starts outside of the hull gets in: at a vertex, or across an edge; both null if it doesn't.
-    struct HullEntry
-    {
-        Point2* pVtx;
-        HullEdge edge;
-    };
-
     // Dt2.cpp
     template <class Iterator>
     bool admit(Iterator first, Iterator last);
@@ -396,7 +401,6 @@ private:
     // Dt2_queries.cpp
     HullEdge someHullEdge() const;
     HullEdge entryEdge(const Point2& src, const Point2& trg, HullEdge e, bool& bAtVertex) const;
-    HullEntry enterHull(const Point2& src, const Point2& trg);
     bool pullInside(const HullEdge& e, Point2& p);
 
     // Dt2_removal.cpp

@@ -241,4 +241,15 @@ bool Dt2::load(const char* filename, std::vector<Zone2*>& vZones_)
     return true;
 }
 
+bool Dt2::takeMesh(const std::vector<Point2>& vPoints, const std::vector<std::int32_t>& vCorners)
+{
+    LUMO_CHECK(vertexVault.numActive() == 0, "vertexVault.numActive()==0");
+    const RoundToNearest rounding;
+    TriangulationLoader loader(*this);
+    if (!loader.takeMesh(vPoints, vCorners)) return false;
+    std::vector<Zone2*> vNone;
+    loader.build(vNone);
+    return true;
+}
+
 } // namespace ORBI_LUMO25D

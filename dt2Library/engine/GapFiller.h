@@ -16,16 +16,16 @@ class Triangle2;
 
 /// Fills what triangles leave free of the convex hull of their vertices, and finds out whether they overlap.
 ///
-/// A scratch engine triangulates the vertices with the border of the triangles as constraints. If that takes no vertex more
-/// and splits no edge, the border doesn't cross itself. The number of counterclockwise triangles above a place is the
+/// A scratch engine triangulates the border's vertices with its edges as constraints. If that takes no vertex more and
+/// splits no edge, the border doesn't cross itself. The number of counterclockwise triangles above a place is the
 /// winding number of their border there (see TriangulationLoader). It is 0 outside of the hull, and one more on the left of
 /// a border edge than on its right, so a flood over the scratch triangles, which stops at the border, tells it everywhere:
 /// nothing overlaps if and only if it is 1 on the left and 0 on the right of each border edge.
 class GapFiller
 {
 public:
-    /// The vertices, each of which must be a corner of some counterclockwise triangle, and the directed border edges, which
-    /// have the triangles on their left, sorted.
+    /// The vertices of the border of counterclockwise triangles, and the directed border edges, which have the triangles on
+    /// their left, sorted.
     GapFiller(const std::vector<Point2>& vVertices_, const EdgeKeys& border_) : vVertices(vVertices_), border(border_)
     {
     }

@@ -34,13 +34,31 @@ bool TriangulationLoader::readMesh(TriangulationReader& reader)
 {
     if (!reader.readCounts(counts) || !readVertices(reader)) return false;
     if (counts.numTriangles == 0) return true;
-    orbiTest.setStaticBound_MT(std::max(range.box.getMinPoint().getMaxAbs(), range.box.getMaxPoint().getMaxAbs()));
+    setPredicatesRange();
     pTriangles = std::make_unique<TriangleAssembler>(dt2.poolTriangles, counts.numTriangles, pVertices->data(),
                                                      counts.numVertices, orbiTest);
     const auto add = [this](const Index* aCorners, std::size_t n) {
         return pTriangles->add(aCorners, n) || fail(pTriangles->getError());
     };
     return reader.readTriangles(counts.numTriangles, add) && (pTriangles->close() || fail(pTriangles->getError()));
+}
+
+void TriangulationLoader::setPredicatesRange()
+{
+    orbiTest.setStaticBound_MT(std::max(range.box.getMinPoint().getMaxAbs(), range.box.getMaxPoint().getMaxAbs()));
+}
+
+bool TriangulationLoader::takeMesh(const std::vector<Point2>& vPoints, const std::vector<Index>& vCorners)
+{
+    if (vCorners.empty()) return fail("there are no triangles");
+    counts.numVertices = vPoints.size();
+    pVertices = std::make_unique<PoolRange<Point2>>(dt2.poolVertices, counts.numVertices);
+    Point2* pNext = pVertices->data();
+    for (const Point2& p : vPoints) {
+        range.add(*new (pNext++) Point2(p.x(), p.y(), p.z()));
+    }
+    setPredicatesRange();
+    return (assemble(vCorners) || fail(pTriangles->getError())) && (isConvexBorder() || fillGaps());
 }
 
 bool TriangulationLoader::readVertices(TriangulationReader& reader)
@@ -91,23 +109,44 @@ bool TriangulationLoader::isConvexBorder() const
     return edge.first == start && numWalked == vBorder.size() && numLowest == 1;
 }
 
+/// Gaps have their corners on the border, and the border tells whether the triangles overlap: no other vertex matters.
+bool TriangulationLoader::triangulateGaps(const std::vector<EdgeKey>& vBorder, std::vector<Index>& vCorners) const
+{
+    std::vector<Index> vVertexOf; // ascending
+    for (const auto& [src, trg] : vBorder) {
+        vVertexOf.push_back(src);
+        vVertexOf.push_back(trg);
+    }
+    std::sort(vVertexOf.begin(), vVertexOf.end());
+    vVertexOf.erase(std::unique(vVertexOf.begin(), vVertexOf.end()), vVertexOf.end());
+    const auto numberOf = [&vVertexOf](Index vertex) {
+        return static_cast<Index>(std::lower_bound(vVertexOf.begin(), vVertexOf.end(), vertex) - vVertexOf.begin());
+    };
+    std::vector<Point2> vPoints;
+    for (const Index vertex : vVertexOf) vPoints.push_back(pVertices->data()[vertex]);
+    EdgeKeys borderKeys(vPoints.size());
+    for (const auto& [src, trg] : vBorder) {
+        borderKeys.add(numberOf(src), numberOf(trg));
+    }
+    borderKeys.sort();
+    std::vector<Index> vGaps;
+    if (!GapFiller(vPoints, borderKeys).run(vGaps)) return false;
+    for (const Index i : vGaps) vCorners.push_back(vVertexOf[static_cast<std::size_t>(i)]);
+    return true;
+}
+
 bool TriangulationLoader::fillGaps()
 {
     const std::vector<TriangleAssembler::Edge> vBorder = pTriangles->getBorder();
-    EdgeKeys borderKeys(counts.numVertices);
-    for (const auto& [src, trg] : vBorder) {
-        borderKeys.add(src, trg);
-    }
-    borderKeys.sort();
     std::vector<Index> vCorners;
     vCorners.reserve(3 * counts.numTriangles);
     for (std::size_t t = 0; t < counts.numTriangles; ++t) {
         for (int i = 0; i < 3; ++i) vCorners.push_back(pTriangles->corner(t, i));
     }
     pTriangles.reset();
-    const std::vector<Point2> vVertices(pVertices->data(), pVertices->data() + counts.numVertices);
-    GapFiller filler(vVertices, borderKeys);
-    if (!filler.run(vCorners) || !assemble(vCorners) || !isConvexBorder()) return fail("triangles overlap");
+    if (!triangulateGaps(vBorder, vCorners) || !assemble(vCorners) || !isConvexBorder()) {
+        return fail("triangles overlap");
+    }
 
     EdgeKeys standing(counts.numVertices);
     for (std::size_t i = 0; i < saved.vSegments.size(); i += 2) {

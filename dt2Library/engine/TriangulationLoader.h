@@ -48,9 +48,11 @@ public:
     /// Lumo_2D::load(). The reason is in getError(), which is empty when the file ends too early or has a wrong end mark.
     bool readMesh(TriangulationReader& reader);
     bool readConstraints(TriangulationReader& reader);
+    /// Instead of both: checks a mesh without constraints, three corners for each triangle, that is in memory.
+    bool takeMesh(const std::vector<Point2>& vPoints, const std::vector<SavedIndices::Index>& vCorners);
     const std::string& getError() const { return error; }
 
-    /// After both: makes it the engine's, and appends a zone for each in the file, NULL for one without edges.
+    /// After that: makes it the engine's, and appends a zone for each in the file, NULL for one without edges.
     void build(std::vector<Zone2*>& vZones);
 
 private:
@@ -62,7 +64,9 @@ private:
     bool areInRange();
     bool checkWithoutTriangles();
     bool isConvexBorder() const;
+    void setPredicatesRange();
     bool fillGaps();
+    bool triangulateGaps(const std::vector<EdgeKey>& vBorder, std::vector<Index>& vCorners) const;
     bool assemble(const std::vector<Index>& vCorners);
     bool checkEdges();
     template <class Ask>

@@ -1,7 +1,9 @@
 #include "CutAndFill.h"
 
 #include "CAF_Component.h"
+#include "Triangle2.h"
 #include "Visualizer2.h"
+#include "Zone2.h"
 #include "support/messages.h"
 #include "terrain/CutAndFillImpl.h"
 

@@ -1,7 +1,10 @@
 #include "terrain/CutAndFillImpl.h"
 
 #include "engine/Dt2.h"
+#include "geometry/RoundToNearest.h"
 #include "support/messages.h"
+#include "terrain/OverlayCells.h"
+#include "terrain/SurfaceOverlay.h"
 #include "terrain/ZeroLineCutter.h"
 #include "zones/triangleSets.h"
 
@@ -14,8 +17,7 @@ namespace ORBI_LUMO25D
 {
 
 CutAndFillImpl::CutAndFillImpl(Zone2* pZone0, Zone2* pZone1, double threshold_)
-    : pDt(std::make_unique<Dt2>(3)), heights(pDt->poolVertices), overlay(pZone0, pZone1, *pDt, heights),
-      threshold(threshold_)
+    : aZones{pZone0, pZone1}, pDt(std::make_unique<Dt2>(3)), heights(pDt->poolVertices), threshold(threshold_)
 {
 }
 
@@ -40,17 +42,55 @@ bool CutAndFillImpl::go()
 bool CutAndFillImpl::runPipeline()
 {
     progress.start("CutAndFill", 150);
-    pCombinedZone = overlay.makeCommonZone(progress);
-    if (pCombinedZone == nullptr) {
+    std::vector<Triangle2*> vT;
+    if (!overlayDirectly(vT) && !overlayByConstraints(vT)) {
         msgError("CutAndFill", "pCombinedZone==NULL. Make sure that the two input areas overlap.");
         return false;
     }
+    groupT2(vT);
+    progress.finish();
+    return true;
+}
+
+/// Gives the triangles of the common area, cut. False, and nothing done, when there are none or rounding gets in the way.
+bool CutAndFillImpl::overlayDirectly(std::vector<Triangle2*>& vT)
+{
+    const auto hasTriangles = [](const Zone2* pZone) {
+        return pZone != nullptr && pZone->getDelaunayTriangulation()->hasArea() && pZone->getNumberOfTriangles() > 0;
+    };
+    if (!hasTriangles(aZones[0]) || !hasTriangles(aZones[1])) return false;
+    const RoundToNearest rounding;
+    OverlayCells::Result result;
+    {
+        OverlayGraph graph;
+        if (!MeshOverlay(*aZones[0], *aZones[1]).run(graph) || !OverlayCells(graph, threshold).run(result))
+            return false;
+    }
+    const std::size_t numTriangles = result.mesh.vTriangles.size() / 3;
+    std::vector<Point2*> vVertices;
+    if (numTriangles == 0 || !pDt->takeMesh(result.mesh, vVertices)) return false;
+    progress.step(100);
+    for (std::size_t i = 0; i < vVertices.size(); ++i) heights.at(vVertices[i]) = result.vHeights[i];
+    pDt->getTrianglePointers(vT);
+    vT.resize(numTriangles); // behind them is what fills the convex hull
+    std::vector<Edge2> vBorder;
+    getBorderEdges(*pDt, vT, vBorder);
+    pCombinedZone = pDt->createZone(vBorder, ZL_BOUNDED);
+    progress.step(30);
+    return true;
+}
+
+/// Gives the triangles of the common area, cut. False when there is none.
+bool CutAndFillImpl::overlayByConstraints(std::vector<Triangle2*>& vT)
+{
+    SurfaceOverlay overlay(aZones[0], aZones[1], *pDt, heights);
+    pCombinedZone = overlay.makeCommonZone(progress);
+    if (pCombinedZone == nullptr) return false;
     progress.step(4);
     overlay.insertEdges(pCombinedZone->getBoundingBox(), progress);
     overlay.findHeightsOnEdges(progress);
 
     const Dt2& dt2 = *pDt;
-    std::vector<Triangle2*> vT;
     std::vector<Point2*> vVertices;
     pCombinedZone->getTriangles(vT);
     getCorners(dt2, vT, vVertices);
@@ -61,16 +101,14 @@ bool CutAndFillImpl::runPipeline()
     });
     progress.step(5);
 
-    cutAlongZeroLines(vT);
+    cutAlongZeroLines(vT, overlay);
     progress.step(10);
-    groupT2(vT);
-    progress.finish();
     return true;
 }
 
 /// Takes the triangles of the common area, and gives what has become of them. Where edges are as close to each other as
 /// the rounding of places, one cut may be in the way of another: what it leaves is cut again.
-void CutAndFillImpl::cutAlongZeroLines(std::vector<Triangle2*>& vT)
+void CutAndFillImpl::cutAlongZeroLines(std::vector<Triangle2*>& vT, const SurfaceOverlay& overlay)
 {
     constexpr int maxRounds = 5;
     std::vector<Triangle2*> vToCut = vT;

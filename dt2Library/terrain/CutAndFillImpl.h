@@ -4,7 +4,6 @@
 #include "CAF_Component.h"
 #include "support/Progress.h"
 #include "terrain/SurfaceHeights.h"
-#include "terrain/SurfaceOverlay.h"
 
 #include <memory>
 #include <vector>
@@ -13,9 +12,14 @@ namespace ORBI_LUMO25D
 {
 
 class Dt2;
+class SurfaceOverlay;
 class Zone2;
 
 /// The work behind CutAndFill: overlay, cut along the lines without difference, volumes of what hangs together.
+///
+/// The overlay is computed directly (MeshOverlay, OverlayCells), unless edges of both surfaces come as close to each other
+/// as the rounding of places: then constraints do it (SurfaceOverlay, ZeroLineCutter), several times as slow, because they
+/// unite what is that close.
 class CutAndFillImpl
 {
 public:
@@ -41,16 +45,18 @@ private:
     };
 
     bool runPipeline();
-    void cutAlongZeroLines(std::vector<Triangle2*>& vT);
+    bool overlayDirectly(std::vector<Triangle2*>& vT);
+    bool overlayByConstraints(std::vector<Triangle2*>& vT);
+    void cutAlongZeroLines(std::vector<Triangle2*>& vT, const SurfaceOverlay& overlay);
     static TriType getTriangleType(const Triangle2* pT);
     void postRound(const std::vector<Triangle2*>& vT);
     double volumeToRound(const Triangle2* pT, bool bNegative) const;
     void roundToZero(Point2* pVtx);
     void groupT2(const std::vector<Triangle2*>& vT);
 
+    Zone2* aZones[2];
     std::unique_ptr<Dt2> pDt;
     SurfaceHeights heights;
-    SurfaceOverlay overlay;
     double threshold;
     Zone2* pCombinedZone = nullptr;
     Progress progress{"CutAndFill"};

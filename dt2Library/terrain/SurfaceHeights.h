@@ -45,26 +45,26 @@ public:
 
     /// Makes the difference, before minus after, the vertex's z. Up to the threshold it is none: both surfaces get their
     /// mean there.
-    void settle(Point2* pVtx, double threshold)
+    void settle(Point2* pVtx, double threshold) { settle(*pVtx, at(pVtx), threshold); }
+    static void settle(Point2& vertex, Pair& pair, double threshold)
     {
-        Pair& pair = at(pVtx);
         LUMO_CHECK(pair.isKnown(), "h0!=1.7976931348623158e+308 && h1!=1.7976931348623158e+308");
         LUMO_CHECK(std::isfinite(pair.difference()), "std::isfinite(h0-h1)");
         if (std::fabs(pair.difference()) > threshold) {
-            pVtx->setHeight(pair.difference());
+            vertex.setHeight(pair.difference());
         } else {
-            unite(pVtx);
+            unite(vertex, pair);
         }
     }
     /// Both surfaces get their mean at the vertex.
-    void unite(Point2* pVtx)
+    void unite(Point2* pVtx) { unite(*pVtx, at(pVtx)); }
+    static void unite(Point2& vertex, Pair& pair)
     {
-        Pair& pair = at(pVtx);
         if (pair.difference() != 0.0) {
             const double mean = midCoordinate(pair.aHeights[0], pair.aHeights[1]);
             pair.aHeights[0] = pair.aHeights[1] = mean;
         }
-        pVtx->setHeight(0.0);
+        vertex.setHeight(0.0);
     }
 
 private:

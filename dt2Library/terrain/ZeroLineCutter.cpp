@@ -5,13 +5,12 @@
 #include "constraints/ConstraintMgr.h"
 #include "engine/Dt2.h"
 #include "geometry/numericTools.h"
-#include "geometry/snapping.h"
 #include "support/messages.h"
 #include "terrain/SurfaceOverlay.h"
+#include "terrain/zeroPlace.h"
 #include "zones/triangleSets.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace ORBI_LUMO25D
 {
@@ -22,11 +21,6 @@ namespace
 bool haveOppositeSigns(double a, double b)
 {
     return (a < 0.0 && b > 0.0) || (a > 0.0 && b < 0.0);
-}
-
-bool isApart(const Point2& a, const Point2& b, double distance)
-{
-    return std::fabs(a.x() - b.x()) > distance || std::fabs(a.y() - b.y()) > distance;
 }
 
 /// The height of surface ith at a place on the edge between two vertices.
@@ -81,29 +75,13 @@ void ZeroLineCutter::findCuts()
 /// be on the wrong side of the constraints that meet there.
 bool ZeroLineCutter::planCut(Point2* p0, Point2* p1)
 {
-    const double h0 = p0->z(), h1 = p1->z();
-    const double r = std::fabs(h0) / (std::fabs(h0) + std::fabs(h1));
-    // From the nearer end, so that a place close to it is right to its last digits.
-    const Point2& origin = r <= 0.5 ? *p0 : *p1;
-    const Point2& target = r <= 0.5 ? *p1 : *p0;
-    const double t = r <= 0.5 ? r : std::fabs(h1) / (std::fabs(h0) + std::fabs(h1));
-    const Point2 s(origin.x() + (target.x() - origin.x()) * t, origin.y() + (target.y() - origin.y()) * t, 0.0);
-    if (!isApart(s, origin, 2.0 * snapDistance(*p0, *p1)) || !isApart(s, target, 2.0 * snapDistance(*p0, *p1))) {
+    const ZeroPlace zero = findZeroPlace(*p0, *p1);
+    if (!zero.bApart) {
         vZeroEdges.emplace_back(p0, p1);
-        msgWarning("CutAndFillImpl::virtualCut()", "close intersection skipped");
-        std::ostringstream values;
-        values << "h0=" << h0 << " h1=" << h1;
-        printLine(values.str());
+        warnOfSkippedCut(p0->z(), p1->z());
         return false;
     }
-    const double before = heightOnEdge(heights, 0, *p0, *p1, s);
-    const double after = heightOnEdge(heights, 1, *p0, *p1, s);
-    if (std::fabs(before - after) > 0.0001) {
-        std::ostringstream text;
-        text << "height difference=" << before - after;
-        msgWarning("CutAndFill::cutT()", text.str());
-    }
-    vCuts.push_back({p0, p1, s, midCoordinate(before, after)});
+    vCuts.push_back({p0, p1, zero.place, zero.height(*p0, heights.get(p0), *p1, heights.get(p1))});
     return true;
 }
 
