@@ -12,7 +12,6 @@ namespace ORBI_LUMO25D
 
 class Point2;
 class Segment2;
-class SurfaceHeights;
 class Triangle2;
 
 /// What happened to the ground.
@@ -56,10 +55,11 @@ protected:
 private:
     friend class CutAndFillImpl;
 
-    CAF_Component(const std::vector<Triangle2*>& vT_, const SurfaceHeights& heights, int label_);
-    /// heightsOf(vertex) is a pair of heights before and after.
-    template <class HeightsOf>
-    void init(const HeightsOf& heightsOf);
+    /// The corners' z are the differences before minus after.
+    CAF_Component(const std::vector<Triangle2*>& vT_, int label_);
+    /// riseAt(vertex) is the difference after minus before.
+    template <class RiseAt>
+    void init(const RiseAt& riseAt);
 
     int label;
     CAFTYP caftype = CT_NULL;

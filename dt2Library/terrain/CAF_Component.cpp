@@ -4,7 +4,6 @@
 #include "Triangle2.h"
 #include "Visualizer3.h"
 #include "support/check.h"
-#include "terrain/SurfaceHeights.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,32 +32,26 @@ CAF_Component::CAF_Component(const std::vector<Triangle2*>& vT_,
     init([&](Point2* pVtx) {
         const auto q_it = mVtx2BeforeAfter.find(pVtx);
         LUMO_CHECK(q_it != mVtx2BeforeAfter.end(), "q_it!=mVtx2BeforeAfter.end()");
-        return q_it->second;
+        return q_it->second.second - q_it->second.first;
     });
 }
 
-CAF_Component::CAF_Component(const std::vector<Triangle2*>& vT_, const SurfaceHeights& heights, int label_)
-    : label(label_), vT(vT_)
+CAF_Component::CAF_Component(const std::vector<Triangle2*>& vT_, int label_) : label(label_), vT(vT_)
 {
-    init([&](Point2* pVtx) {
-        const SurfaceHeights::Pair pair = heights.get(pVtx);
-        LUMO_CHECK(pair.isKnown(), "q_it!=mVtx2BeforeAfter.end()");
-        return std::make_pair(pair.aHeights[0], pair.aHeights[1]);
-    });
+    init([](const Point2* pVtx) { return -pVtx->z(); });
 }
 
 /// The solid between the surfaces is the union of prisms over the triangles, cut off by two planes: each has the volume of
 /// its base times the mean of its three edges.
-template <class HeightsOf>
-void CAF_Component::init(const HeightsOf& heightsOf)
+template <class RiseAt>
+void CAF_Component::init(const RiseAt& riseAt)
 {
     constexpr double NEGLIGIBLE = 0.0001;
     double sixfold = 0.0; // after minus before
     for (const Triangle2* pT : vT) {
         double sum = 0.0;
         for (int i = 0; i < 3; ++i) {
-            const auto [before, after] = heightsOf(pT->corner(i));
-            const double d = after - before;
+            const double d = riseAt(pT->corner(i));
             sum += d;
             if (std::fabs(d) < NEGLIGIBLE || d == 0.0) continue;
             LUMO_CHECK(d < 0.0 || caftype != CT_CUT, "caftype!=CT_CUT");

@@ -200,7 +200,7 @@ void CutAndFillImpl::groupT2(const std::vector<Triangle2*>& vT)
         getConnectedComponents(*pDt, aByType[type], vvComponents);
         for (const std::vector<Triangle2*>& vComponent : vvComponents) {
             const int label = static_cast<int>(vComponents.size());
-            vComponents.emplace_back(new CAF_Component(vComponent, heights, label));
+            vComponents.emplace_back(new CAF_Component(vComponent, label));
         }
     }
     progress.step(10);

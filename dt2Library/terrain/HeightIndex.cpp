@@ -16,6 +16,19 @@ namespace ORBI_LUMO25D
 namespace
 {
 
+/// How far ahead memory is asked for: triangles, and then their corners, lie at random places.
+constexpr std::size_t ahead = 8;
+
+void prefetchCorners(const HeightIndex::Corners& t)
+{
+    for (const Point2* p : t) __builtin_prefetch(p);
+}
+
+HeightIndex::Corners cornersOf(const Triangle2& t)
+{
+    return {t.corner(0), t.corner(1), t.corner(2)};
+}
+
 bool isUsable(const Triangle2* pT)
 {
     if (pT == nullptr) return false;
@@ -32,8 +45,10 @@ HeightIndex::HeightIndex(const std::vector<Triangle2*>& vT)
 {
     std::vector<const Triangle2*> vTriangles;
     vTriangles.reserve(vT.size());
-    for (const Triangle2* pT : vT) {
-        if (isUsable(pT)) vTriangles.push_back(pT);
+    for (std::size_t i = 0; i < vT.size(); ++i) {
+        if (i + 2 * ahead < vT.size()) __builtin_prefetch(vT[i + 2 * ahead]);
+        if (i + ahead < vT.size() && vT[i + ahead] != nullptr) prefetchCorners(cornersOf(*vT[i + ahead]));
+        if (isUsable(vT[i])) vTriangles.push_back(vT[i]);
     }
     if (vTriangles.size() < vT.size()) {
         msgWarning("IsoContours", std::to_string(vT.size() - vTriangles.size()) +
@@ -55,22 +70,24 @@ void HeightIndex::sortAlongCurve(const std::vector<const Triangle2*>& vTriangles
     const std::size_t n = vTriangles.size();
     LUMO_CHECK(n < KeyedPosition::maxPositions, "n<KeyedPosition::maxPositions");
     Bbox2 box;
-    for (const Triangle2* pT : vTriangles) {
-        for (int i = 0; i < 3; ++i) box.add(*pT->corner(i));
+    for (std::size_t i = 0; i < n; ++i) {
+        if (i + ahead < n) prefetchCorners(cornersOf(*vTriangles[i + ahead]));
+        for (int k = 0; k < 3; ++k) box.add(*vTriangles[i]->corner(k));
     }
     largestCoordinate = std::max(box.getMinPoint().getMaxAbs(), box.getMaxPoint().getMaxAbs());
 
     const HilbertCurve2 curve(box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY(), KeyedPosition::keyBits);
     std::vector<KeyedPosition> vOrder(n), vScratch(n);
     for (std::size_t i = 0; i < n; ++i) {
+        if (i + ahead < n) __builtin_prefetch(vTriangles[i + ahead]->corner(0));
         const Point2& p = *vTriangles[i]->corner(0);
         vOrder[i] = KeyedPosition(curve.index(p.x(), p.y()), i);
     }
     sortByKey(vOrder.data(), vScratch.data(), n);
     vCorners.reserve(n);
-    for (const KeyedPosition& item : vOrder) {
-        const Triangle2* const pT = vTriangles[item.position()];
-        vCorners.push_back({pT->corner(0), pT->corner(1), pT->corner(2)});
+    for (std::size_t i = 0; i < n; ++i) {
+        if (i + ahead < n) __builtin_prefetch(vTriangles[vOrder[i + ahead].position()]);
+        vCorners.push_back(cornersOf(*vTriangles[vOrder[i].position()]));
     }
 }
 
@@ -78,7 +95,9 @@ void HeightIndex::buildTree()
 {
     std::vector<Range> vLevel;
     vLevel.reserve(vCorners.size());
-    for (const Corners& t : vCorners) {
+    for (std::size_t i = 0; i < vCorners.size(); ++i) {
+        if (i + ahead < vCorners.size()) prefetchCorners(vCorners[i + ahead]);
+        const Corners& t = vCorners[i];
         const auto [low, high] = std::minmax({t[0]->z(), t[1]->z(), t[2]->z()});
         vLevel.push_back({low, high});
     }

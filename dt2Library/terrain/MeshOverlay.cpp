@@ -61,7 +61,12 @@ bool MeshOverlay::run(OverlayGraph& graph_)
     SegmentTrace aTraces[2] = {{aSurfaces[1].dt, orbiTest}, {aSurfaces[0].dt, orbiTest}};
     for (int ith = 0; ith < 2; ++ith) findEdges(ith);
     for (int ith = 0; ith < 2; ++ith) placeVertices(ith, aTraces[ith]);
-    pGraph->vHalfEdges.reserve(6 * (aSurfaces[0].vEdges.size() + aSurfaces[1].vEdges.size()));
+    // What isn't used of it is never touched, while growth would copy all.
+    const std::size_t numEdges = aSurfaces[0].vEdges.size() + aSurfaces[1].vEdges.size();
+    pGraph->vHalfEdges.reserve(10 * numEdges);
+    pGraph->vPlaces.reserve(2 * numEdges);
+    pGraph->vHeights.reserve(2 * numEdges);
+    vCrossings.reserve(2 * numEdges);
     vRanges.resize(3 * aSurfaces[0].vInZone.size());
     return traceEdges(0, aTraces[0]) && traceEdges(1, aTraces[1]);
 }

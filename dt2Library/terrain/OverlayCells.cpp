@@ -15,7 +15,12 @@ bool OverlayCells::run(Result& result_)
     pResult = &result_;
     for (const Point2& p : graph.vPlaces) orbiTest.ensureStaticBound(&p);
     settleHeights();
-    return cutEdges() && emitCells();
+    if (!cutEdges()) return false;
+    const std::size_t numVertices = graph.vPlaces.size();
+    result_.mesh.vVertices.reserve(numVertices);
+    result_.vHeights.reserve(numVertices);
+    result_.mesh.vTriangles.reserve(6 * numVertices);
+    return emitCells();
 }
 
 // ---- cuts -------------------------------------------------------------------------------------------------------------
