@@ -2,6 +2,7 @@
 
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
+#include "output/triangulationFile.h"
 #include "support/messages.h"
 #include "terrain/OverlayCells.h"
 #include "terrain/SurfaceOverlay.h"
@@ -12,6 +13,7 @@
 #include <cmath>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace ORBI_LUMO25D
 {
@@ -66,9 +68,12 @@ bool CutAndFillImpl::overlayDirectly(std::vector<Triangle2*>& vT)
         if (!MeshOverlay(*aZones[0], *aZones[1]).run(graph) || !OverlayCells(graph, threshold).run(result))
             return false;
     }
-    const std::size_t numTriangles = result.mesh.vTriangles.size() / 3;
+    const std::size_t numTriangles = result.vTriangles.size() / 3;
+    SavedTriangulation mesh;
+    mesh.vVertices = std::move(result.vVertices);
+    mesh.vTriangles = std::move(result.vTriangles);
     std::vector<Point2*> vVertices;
-    if (numTriangles == 0 || !pDt->takeMesh(result.mesh, vVertices)) return false;
+    if (numTriangles == 0 || !pDt->takeMesh(mesh, vVertices)) return false;
     progress.step(100);
     for (std::size_t i = 0; i < vVertices.size(); ++i) heights.at(vVertices[i]) = result.vHeights[i];
     pDt->getTrianglePointers(vT);

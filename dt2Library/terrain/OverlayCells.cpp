@@ -17,9 +17,9 @@ bool OverlayCells::run(Result& result_)
     settleHeights();
     if (!cutEdges()) return false;
     const std::size_t numVertices = graph.vPlaces.size();
-    result_.mesh.vVertices.reserve(numVertices);
+    result_.vVertices.reserve(numVertices);
     result_.vHeights.reserve(numVertices);
-    result_.mesh.vTriangles.reserve(6 * numVertices);
+    result_.vTriangles.reserve(6 * numVertices);
     return emitCells();
 }
 
@@ -228,16 +228,15 @@ bool OverlayCells::emitTriangle(std::uint32_t v0, std::uint32_t v1, std::uint32_
     LUMO_CHECK(graph.vHeights[v0].isKnown() && graph.vHeights[v1].isKnown() && graph.vHeights[v2].isKnown(),
                "q_it!=mVtx2BeforeAfter.end()");
     vNumbers.resize(graph.vPlaces.size(), -1);
-    SavedTriangulation& mesh = pResult->mesh;
     for (const std::uint32_t v : {v0, v1, v2}) {
         if (vNumbers[v] < 0) {
-            LUMO_CHECK(mesh.vVertices.size() < std::size_t(std::numeric_limits<std::int32_t>::max()),
+            LUMO_CHECK(pResult->vVertices.size() < std::size_t(std::numeric_limits<std::int32_t>::max()),
                        "vVertices.size()<2^31");
-            vNumbers[v] = static_cast<std::int32_t>(mesh.vVertices.size());
-            mesh.vVertices.push_back(at(v));
+            vNumbers[v] = static_cast<std::int32_t>(pResult->vVertices.size());
+            pResult->vVertices.push_back(at(v));
             pResult->vHeights.push_back(graph.vHeights[v]);
         }
-        mesh.vTriangles.push_back(vNumbers[v]);
+        pResult->vTriangles.push_back(vNumbers[v]);
     }
     return true;
 }

@@ -1,7 +1,6 @@
 #ifndef LUMO25D_TERRAIN_OVERLAYCELLS_H
 #define LUMO25D_TERRAIN_OVERLAYCELLS_H
 
-#include "output/triangulationFile.h"
 #include "terrain/MeshOverlay.h"
 #include "terrain/SurfaceHeights.h"
 
@@ -24,7 +23,8 @@ public:
     /// The triangles' vertices with the difference before minus after as z, and both heights at each.
     struct Result
     {
-        SavedTriangulation mesh;
+        std::vector<Point2> vVertices;
+        std::vector<std::int32_t> vTriangles; ///< three corners in a row
         std::vector<SurfaceHeights::Pair> vHeights;
     };
 
