@@ -2,7 +2,6 @@
 
 #include "engine/Dt2.h"
 #include "geometry/RoundToNearest.h"
-#include "output/triangulationFile.h"
 #include "support/messages.h"
 #include "terrain/OverlayCells.h"
 #include "terrain/SurfaceOverlay.h"
@@ -13,7 +12,6 @@
 #include <cmath>
 #include <iterator>
 #include <sstream>
-#include <utility>
 
 namespace ORBI_LUMO25D
 {
@@ -69,13 +67,9 @@ bool CutAndFillImpl::overlayDirectly(std::vector<Triangle2*>& vT)
             return false;
     }
     const std::size_t numTriangles = result.vTriangles.size() / 3;
-    SavedTriangulation mesh;
-    mesh.vVertices = std::move(result.vVertices);
-    mesh.vTriangles = std::move(result.vTriangles);
-    std::vector<Point2*> vVertices;
-    if (numTriangles == 0 || !pDt->takeMesh(mesh, vVertices)) return false;
+    if (numTriangles == 0 || !pDt->takeMesh(result.vVertices, result.vTriangles)) return false;
     progress.step(100);
-    for (std::size_t i = 0; i < vVertices.size(); ++i) heights.at(vVertices[i]) = result.vHeights[i];
+    for (std::size_t i = 0; i < result.vHeights.size(); ++i) heights.at(pDt->poolVertices.at(i)) = result.vHeights[i];
     pDt->getTrianglePointers(vT);
     vT.resize(numTriangles); // behind them is what fills the convex hull
     std::vector<Edge2> vBorder;
