@@ -154,12 +154,8 @@ bool run(const std::vector<Point2>& vPoints, const std::vector<Segment2>& vSegme
 
 int main(int argc, char** argv)
 {
-    std::size_t numPoints = 1000000;
-    int numRounds = 5;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        if (std::strcmp(argv[i], "--points") == 0) numPoints = std::strtoull(argv[i + 1], nullptr, 10);
-        if (std::strcmp(argv[i], "--rounds") == 0) numRounds = std::max(1, std::atoi(argv[i + 1]));
-    }
+    const std::size_t numPoints = benchmarks::option(argc, argv, "--points", 1000000);
+    const int numRounds = static_cast<int>(benchmarks::option(argc, argv, "--rounds", 5));
     const auto vPoints = benchmarks::uniform(numPoints);
     const auto vvRings = rings(numPoints / 10);
     std::vector<Segment2> vSegments;
@@ -180,6 +176,7 @@ int main(int argc, char** argv)
         std::printf("| %s | %.3f | %.2f | %.3f | %.3f | %.2f | %.1f |\n", p->name, p->wall(), p->wall() / whole.wall(),
                     p->user(), p->kernel(), (p->user() + p->kernel()) / (whole.user() + whole.kernel()), p->megabytes);
     }
+    for (Work* p : {&round.save, &round.load}) benchmarks::addFigure(p->name, p->wall(), "triangulating", whole.wall());
     std::filesystem::remove(filename);
     if (!bOK) std::printf("DIFFERENT RESULTS\n");
     return bOK ? 0 : 1;

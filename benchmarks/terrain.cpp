@@ -30,6 +30,7 @@
 
 using namespace ORBI_LUMO25D;
 using benchmarks::Measurement;
+using benchmarks::median;
 using benchmarks::Times;
 
 namespace
@@ -52,12 +53,6 @@ std::vector<Point2> grid(std::size_t side, double shift, double jitter, double c
         v.emplace_back(x, y, hills(x, y) + change * std::sin(0.05 * x - 0.08 * y));
     }
     return v;
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
 }
 
 /// Median over the rounds, each in a process of its own.
@@ -153,10 +148,11 @@ void timeLookups(std::size_t side, std::size_t rounds)
             });
         },
         scanned);
-    std::printf("200 heights, triangles by the index %8.4f s, %llu triangles\n", lookups, lookedUp);
-    std::printf("200 heights, contours by the index  %8.4f s, %llu segments\n", index, found);
-    std::printf("200 heights, scan of all triangles  %8.4f s, %llu triangles, x %.1f%s\n", all, scanned, all / lookups,
-                found == scanned && lookedUp == scanned ? "" : "   DIFFERENT RESULTS");
+    std::printf("| 200 heights: triangles by the index | %.4f | %llu triangles |\n", lookups, lookedUp);
+    std::printf("| 200 heights: contours by the index, joined | %.4f | %llu segments |\n", index, found);
+    benchmarks::addFigure("200 heights, triangles by the index", lookups, "scan of all triangles", all);
+    std::printf("| 200 heights: triangles by a scan of all | %.4f | %llu triangles, %.1f times the index%s |\n", all,
+                scanned, all / lookups, found == scanned && lookedUp == scanned ? "" : ", DIFFERENT RESULTS");
 }
 
 void writeAsciiGrid(const char* filename, std::size_t side)
@@ -192,8 +188,8 @@ void timeContourSet(std::size_t side, std::size_t rounds, bool bGdal)
             });
         },
         found);
-    std::printf("index                               %8.4f s\n", build);
-    std::printf("100 heights, index included         %8.4f s, %llu segments\n", set, found);
+    std::printf("| index | %.4f | |\n", build);
+    std::printf("| 100 heights: contours, index included | %.4f | %llu segments |\n", set, found);
     if (!bGdal) return;
     writeAsciiGrid("terrain_grid.asc", side);
     std::string command = "gdal_contour -q -f MEMORY -a z -fl";
@@ -203,7 +199,9 @@ void timeContourSet(std::size_t side, std::size_t rounds, bool bGdal)
         rounds,
         [&] { return benchmarks::measureWork([&] { return static_cast<std::size_t>(std::system(command.c_str())); }); },
         unused);
-    std::printf("100 heights, gdal_contour           %8.4f s, exit code %llu, x %.1f\n", gdal, unused, gdal / set);
+    std::printf("| 100 heights: gdal_contour, its start included | %.4f | exit code %llu, %.1f times ours |\n", gdal,
+                unused, gdal / set);
+    benchmarks::addFigure("100 contours of a million triangles", set, "gdal_contour", gdal);
 }
 
 void timeCutAndFill(const char* name, double shift, double jitter, std::size_t rounds)
@@ -227,7 +225,7 @@ void timeCutAndFill(const char* name, double shift, double jitter, std::size_t r
             },
             components);
         const double n = static_cast<double>(side * side);
-        std::printf("%-12s %4zu by %4zu %9.4f s %8.1f ns per n log2 n, %llu components\n", name, side, side, seconds,
+        std::printf("| %s | %zu by %zu | %.3f | %.0f | %llu |\n", name, side, side, seconds,
                     seconds * 1e9 / (n * std::log2(n)), components);
         std::fflush(stdout);
     }
@@ -251,9 +249,11 @@ int main(int argc, char** argv)
             return 2;
         }
     }
-    std::printf("grid of %zu by %zu points, %zu triangles\n", side, side, 2 * (side - 1) * (side - 1));
+    std::printf("| grid of %zu by %zu points, %zu triangles | s | |\n|---|---|---|\n", side, side,
+                2 * (side - 1) * (side - 1));
     timeLookups(side, rounds);
     timeContourSet(side, rounds, bGdal);
+    std::printf("\n| cut and fill | points | s | ns per n log2 n | components |\n|---|---|---|---|---|\n");
     timeCutAndFill("same places", 0.0, 0.0, rounds);
     timeCutAndFill("half a cell", 0.5, 0.0, rounds);
     timeCutAndFill("random", 0.0, 0.9, rounds);
