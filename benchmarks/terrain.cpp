@@ -60,6 +60,7 @@ double time(std::size_t rounds, const std::function<Measurement()>& f, unsigned 
 {
     std::vector<double> vWall;
     for (std::size_t i = 0; i < rounds; ++i) {
+        benchmarks::settleMemory(std::size_t(1) << 29);
         const Measurement m = benchmarks::inChild(f);
         vWall.push_back(m.work.wall);
         sum = m.sum;

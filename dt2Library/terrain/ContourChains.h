@@ -10,6 +10,12 @@
 namespace ORBI_LUMO25D
 {
 
+/// A segment of a contour, without its height: what is looked at often is small.
+struct PlanarSegment
+{
+    double aX[2], aY[2]; ///< of both ends
+};
+
 /// Joins segments of one height, given in any order and direction, into polylines and polygons. Ends count as one point
 /// when they are equal in x and y.
 ///
@@ -17,21 +23,25 @@ namespace ORBI_LUMO25D
 class ContourChains
 {
 public:
-    explicit ContourChains(const std::vector<Segment2>& vSegments_);
+    explicit ContourChains(const std::vector<PlanarSegment>& vSegments);
 
     /// True when more than two segments end at one point: then there are no chains to be had.
     bool isBranching() const { return bBranching; }
     /// Appends the chains: open ones by their starts, each from the smaller end; then closed ones by their starts, each
-    /// counterclockwise from its smallest point.
-    void append(std::vector<std::vector<Segment2>>& vvContours);
+    /// counterclockwise from its smallest point. All points get that height.
+    void append(double height, std::vector<std::vector<Segment2>>& vvContours);
 
 private:
     static constexpr std::uint32_t none = 0xffffffffU;
 
     struct Node
     {
-        const Point2* pPoint;
+        double x, y;
         std::uint32_t aSegments[2]; ///< in the order of the segments; none where there is no second one
+
+        bool isAt(double px, double py) const { return x == px && y == py; }
+        bool operator<(const Node& other) const { return x < other.x || (x == other.x && y < other.y); }
+        Point2 pointAt(double height) const { return Point2(x, y, height); }
     };
 
     /// A closed chain with its smallest point, where it is entered counterclockwise.
@@ -41,8 +51,8 @@ private:
         std::size_t size;
     };
 
-    std::uint32_t nodeOf(const Point2& p);
-    void addEnd(std::uint32_t segment, int end, const Point2& p);
+    std::uint32_t nodeOf(double x, double y);
+    void addEnd(std::uint32_t segment, int end, double x, double y);
     std::uint32_t farNode(std::uint32_t segment, std::uint32_t node) const
     {
         return vEnds[2 * segment] == node ? vEnds[2 * segment + 1] : vEnds[2 * segment];
@@ -54,10 +64,9 @@ private:
     }
     Ring goRound(std::uint32_t segment);
     std::uint32_t counterclockwiseSegment(std::uint32_t start) const;
-    void walk(std::uint32_t start, std::uint32_t segment, std::size_t expectedSize,
-              std::vector<std::vector<Segment2>>& vvContours);
+    std::vector<Segment2> walk(std::uint32_t start, std::uint32_t segment, std::size_t expectedSize, double height);
 
-    const std::vector<Segment2>& vSegments;
+    std::size_t numSegments;
     std::vector<Node> vNodes;
     std::vector<std::uint32_t> vTable; ///< numbers of nodes, by the hash of their points; its size is a power of two
     std::vector<std::uint32_t> vEnds;  ///< the nodes of segment i are 2 i and 2 i + 1

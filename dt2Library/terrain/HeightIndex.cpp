@@ -8,6 +8,8 @@
 
 #include "Bbox2.h"
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace ORBI_LUMO25D
@@ -70,11 +72,22 @@ void HeightIndex::sortAlongCurve(const std::vector<const Triangle2*>& vTriangles
     const std::size_t n = vTriangles.size();
     LUMO_CHECK(n < KeyedPosition::maxPositions, "n<KeyedPosition::maxPositions");
     Bbox2 box;
+    double wayX = 0.0, wayY = 0.0; // from triangle to triangle
     for (std::size_t i = 0; i < n; ++i) {
         if (i + ahead < n) prefetchCorners(cornersOf(*vTriangles[i + ahead]));
         for (int k = 0; k < 3; ++k) box.add(*vTriangles[i]->corner(k));
+        const Point2& p = *vTriangles[i]->corner(0);
+        const Point2& before = *vTriangles[i == 0 ? 0 : i - 1]->corner(0);
+        wayX += std::fabs(p.x() - before.x());
+        wayY += std::fabs(p.y() - before.y());
     }
     largestCoordinate = std::max(box.getMinPoint().getMaxAbs(), box.getMaxPoint().getMaxAbs());
+    const double side = std::sqrt(static_cast<double>(n));
+    if (wayX <= 8.0 * side * box.getRangeX() && wayY <= 8.0 * side * box.getRangeY()) {
+        vCorners.reserve(n);
+        for (const Triangle2* pT : vTriangles) vCorners.push_back(cornersOf(*pT));
+        return;
+    }
 
     const HilbertCurve2 curve(box.get_minX(), box.get_minY(), box.get_maxX(), box.get_maxY(), KeyedPosition::keyBits);
     std::vector<KeyedPosition> vOrder(n), vScratch(n);
@@ -113,6 +126,35 @@ void HeightIndex::buildTree()
         }
         vvLevels.push_back(std::move(vNodes));
     }
+}
+
+/// Level by level, so that memory can be asked for ahead. Which children hold the height can't be predicted: no branches.
+std::vector<std::uint32_t> HeightIndex::trianglesAt(double height) const
+{
+    std::vector<std::uint32_t> vNodes, vChildren;
+    if (empty() || !vvLevels.back()[0].holds(height)) return vNodes;
+    vNodes.push_back(0);
+    for (std::size_t level = vvLevels.size() - 1; level > 0; --level) {
+        const std::vector<Range>& vRanges = vvLevels[level - 1];
+        vChildren.resize(vNodes.size() * fanOut);
+        std::size_t numFound = 0;
+        for (std::size_t i = 0; i < vNodes.size(); ++i) {
+            if (i + ahead < vNodes.size()) {
+                const std::size_t next = vNodes[i + ahead] * fanOut;
+                for (std::size_t k = 0; k < fanOut; k += 4) // 64 bytes
+                    __builtin_prefetch(&vRanges[std::min(next + k, vRanges.size() - 1)]);
+            }
+            const std::size_t first = vNodes[i] * fanOut;
+            const std::size_t end = std::min(first + fanOut, vRanges.size());
+            for (std::size_t child = first; child < end; ++child) {
+                vChildren[numFound] = static_cast<std::uint32_t>(child);
+                numFound += static_cast<std::size_t>(vRanges[child].holds(height));
+            }
+        }
+        vChildren.resize(numFound);
+        vNodes.swap(vChildren);
+    }
+    return vNodes;
 }
 
 } // namespace ORBI_LUMO25D

@@ -3,9 +3,9 @@
 
 #include "Triangle2.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -32,12 +32,22 @@ public:
     /// The largest |x| or |y| of a corner.
     double maxAbs() const { return largestCoordinate; }
 
-    /// Calls visit(corners) for each triangle whose closed range holds the height, in the order of the curve, until it says false.
-    /// False when it did.
+    /// Calls visit(corners) for each triangle whose closed range holds the height, in the order of the index, until it says
+    /// false. False when it did.
     template <class Visit>
     bool forEachAt(double height, const Visit& visit) const
     {
-        return empty() || descend(vvLevels.size() - 1, 0, height, visit);
+        // What a triangle's corners are is somewhere, and they are somewhere else: both are asked for in time.
+        constexpr std::size_t ahead = 12;
+        const std::vector<std::uint32_t> vFound = trianglesAt(height);
+        for (std::size_t i = 0; i < vFound.size(); ++i) {
+            if (i + 2 * ahead < vFound.size()) __builtin_prefetch(&vCorners[vFound[i + 2 * ahead]]);
+            if (i + ahead < vFound.size()) {
+                for (const Point2* p : vCorners[vFound[i + ahead]]) __builtin_prefetch(p);
+            }
+            if (!visit(vCorners[vFound[i]])) return false;
+        }
+        return true;
     }
 
 private:
@@ -46,29 +56,12 @@ private:
     struct Range
     {
         double minZ, maxZ;
-        bool holds(double z) const { return minZ <= z && z <= maxZ; }
+        bool holds(double z) const { return static_cast<int>(minZ <= z) & static_cast<int>(z <= maxZ); }
     };
 
     void sortAlongCurve(const std::vector<const Triangle2*>& vTriangles);
     void buildTree();
-
-    template <class Visit>
-    bool descend(std::size_t level, std::size_t i, double height, const Visit& visit) const
-    {
-        if (!vvLevels[level][i].holds(height)) return true;
-        if (level == 0) return visit(vCorners[i]);
-        const std::size_t end = std::min((i + 1) * fanOut, vvLevels[level - 1].size());
-        if (level == 1) { // memory is asked for ahead
-            for (std::size_t child = i * fanOut; child < end; ++child) {
-                if (!vvLevels[0][child].holds(height)) continue;
-                for (const Point2* p : vCorners[child]) __builtin_prefetch(p);
-            }
-        }
-        for (std::size_t child = i * fanOut; child < end; ++child) {
-            if (!descend(level - 1, child, height, visit)) return false;
-        }
-        return true;
-    }
+    std::vector<std::uint32_t> trianglesAt(double height) const;
 
     std::vector<Corners> vCorners;            ///< along the curve
     std::vector<std::vector<Range>> vvLevels; ///< of single triangles first, of all last

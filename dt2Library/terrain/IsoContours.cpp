@@ -52,12 +52,13 @@ double coordinateAt(double a, double b, double az, double bz, double height)
     return std::clamp(result, low, high);
 }
 
-Point2 pointAt(const Point2* pA, const Point2* pB, double height)
+/// Where the edge between two vertices has the height.
+void placeAt(const Point2* pA, const Point2* pB, double height, double& x, double& y)
 {
     // From the lower end, whoever asks: both triangles of an edge get the same point.
     if (pB->z() < pA->z()) std::swap(pA, pB);
-    return Point2(coordinateAt(pA->x(), pB->x(), pA->z(), pB->z(), height),
-                  coordinateAt(pA->y(), pB->y(), pA->z(), pB->z(), height), height);
+    x = coordinateAt(pA->x(), pB->x(), pA->z(), pB->z(), height);
+    y = coordinateAt(pA->y(), pB->y(), pA->z(), pB->z(), height);
 }
 
 /// What a plane and a triangle have in common.
@@ -80,7 +81,9 @@ Section sectionOf(const HeightIndex::Corners& t, double height)
             ++s.numCornersIn;
             aPoints[numPoints++] = *p;
         } else if (pNext->z() != height && (p->z() < height) != (pNext->z() < height)) {
-            aPoints[numPoints++] = pointAt(p, pNext, height);
+            double x = 0.0, y = 0.0;
+            placeAt(p, pNext, height, x, y);
+            aPoints[numPoints++].setCoords(x, y, height);
         }
     }
     // One point: the plane touches a corner, or both points are the same in rounding.
@@ -145,15 +148,15 @@ public:
     const Turn* getTurn() const { return pTurn.get(); }
 
     /// The contours' segments. False when a vertex has this height.
-    bool cut(double height, std::vector<Segment2>& vSegments) const;
+    bool cut(double height, std::vector<PlanarSegment>& vSegments) const;
     /// The segments of a profile. False when a triangle lies in the plane.
     bool cutThrough(double height, std::vector<Segment2>& vSegments) const;
     /// The number to add to a height that can't be cut so that it can, with the segments there.
-    double findNoise(double height, std::vector<Segment2>& vSegments) const;
+    double findNoise(double height, std::vector<PlanarSegment>& vSegments) const;
 
 private:
     std::vector<Triangle2*> turned(const std::vector<Point2>& vCorners);
-    bool cutApart(double height, double resolution, std::vector<Segment2>& vSegments, bool& bApart) const;
+    bool cutApart(double height, double resolution, std::vector<PlanarSegment>& vSegments, bool& bApart) const;
 
     std::unique_ptr<Turn> pTurn;
     std::vector<Point2> vTurnedPoints;
@@ -178,14 +181,15 @@ std::vector<Triangle2*> IsoContoursImpl::turned(const std::vector<Point2>& vCorn
     return vT;
 }
 
-bool IsoContoursImpl::cut(double height, std::vector<Segment2>& vSegments) const
+bool IsoContoursImpl::cut(double height, std::vector<PlanarSegment>& vSegments) const
 {
     bool bApart = true;
     return cutApart(height, 0.0, vSegments, bApart);
 }
 
 /// bApart: both ends of each segment are further apart than the resolution, and no segment has shrunk to a point.
-bool IsoContoursImpl::cutApart(double height, double resolution, std::vector<Segment2>& vSegments, bool& bApart) const
+bool IsoContoursImpl::cutApart(double height, double resolution, std::vector<PlanarSegment>& vSegments,
+                               bool& bApart) const
 {
     vSegments.clear();
     bApart = true;
@@ -195,10 +199,12 @@ bool IsoContoursImpl::cutApart(double height, double resolution, std::vector<Seg
         // One corner is alone on its side of the plane, and its two edges are cut.
         const bool b0 = z0 < height, b1 = z1 < height, b2 = z2 < height;
         const std::size_t alone = b1 == b2 ? 0 : (b0 == b2 ? 1 : 2);
-        const Point2 a = pointAt(t[alone], t[alone == 2 ? 0 : alone + 1], height);
-        const Point2 b = pointAt(t[alone], t[alone == 0 ? 2 : alone - 1], height);
-        if (a != b) vSegments.emplace_back(a, b);
-        if (std::max(std::fabs(a.x() - b.x()), std::fabs(a.y() - b.y())) <= resolution) bApart = false;
+        PlanarSegment s{};
+        placeAt(t[alone], t[alone == 2 ? 0 : alone + 1], height, s.aX[0], s.aY[0]);
+        placeAt(t[alone], t[alone == 0 ? 2 : alone - 1], height, s.aX[1], s.aY[1]);
+        const double length = std::max(std::fabs(s.aX[0] - s.aX[1]), std::fabs(s.aY[0] - s.aY[1]));
+        if (length > 0.0) vSegments.push_back(s);
+        if (length <= resolution) bApart = false;
         return true;
     });
 }
@@ -225,7 +231,7 @@ bool IsoContoursImpl::cutThrough(double height, std::vector<Segment2>& vSegments
     return bOK;
 }
 
-double IsoContoursImpl::findNoise(double height, std::vector<Segment2>& vSegments) const
+double IsoContoursImpl::findNoise(double height, std::vector<PlanarSegment>& vSegments) const
 {
     // Points at least this far apart differ in their coordinates. They move apart by the noise over the slope: no slope is
     // so small that less than `useful` would do, and beyond `most` it's not the noise that is missing.
@@ -277,7 +283,7 @@ double IsoContours::getMaxHeight() const
 bool IsoContours::getContours(double height, std::vector<std::vector<Segment2>>& vvContours, bool bVerbose,
                               bool bAutoNoise) const
 {
-    std::vector<Segment2> vSegments;
+    std::vector<PlanarSegment> vSegments;
     const bool bFree = pImpl->cut(height, vSegments);
     if (!bFree && !bAutoNoise) {
         if (bVerbose) warnOfContours(degenerate, height);
@@ -295,7 +301,7 @@ bool IsoContours::getContours(double height, std::vector<std::vector<Segment2>>&
         if (bVerbose) warnOfContours(inaccurate, height);
         return false;
     }
-    pChains->append(vvContours);
+    pChains->append(height, vvContours);
     return true;
 }
 
