@@ -24,13 +24,13 @@ run() {
         echo
         echo "    $* $(uptime | sed 's/.*load average: \([0-9.]*\).*/(load \1 at the start)/')" | sed "s|$data|DIRECTORY|; s|$PWD/||g"
         echo
-        (cd "$work" && "../benchmarks/$1" "${@:2}")
+        (cd "$work" && "../benchmarks/$1" "${@:2}") | grep -v "^Visualizer3:\|^writing "
     } | tee -a "$work/sections"
 }
 
-run peers
+run peers --rounds 3
 run peers --rounds 3 uniform10
-run threads
+run threads --rounds 3
 run constraints --rounds 3 --data "$data"
 run segments --rounds 5
 run holes --rounds 3 "$PWD"/tests/corpus/meshes/*.obj "$PWD"/examples/data/meshes/pig.obj
