@@ -25,7 +25,7 @@ using Segments = std::vector<Segment2>;
 Segments closed(const std::vector<Point2>& v)
 {
     Segments vSegments;
-    for (std::size_t i = 0; i < v.size(); ++i) vSegments.emplace_back(v[i], v[(i + 1) % v.size()]);
+    pointsToPolyline(v, true, vSegments);
     return vSegments;
 }
 

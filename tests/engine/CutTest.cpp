@@ -100,17 +100,6 @@ double lengthInHull(const std::vector<Point2*>& vHull, const Segment2& knife, do
     return std::max(0.0, hi - lo) * std::sqrt(knife.getSqLen2D());
 }
 
-/// Breaks off at the n-th report.
-struct Interrupter : public MsgBase
-{
-    explicit Interrupter(int n) : numLeft(n) {}
-    void update(MsgType, const char*, double) override
-    {
-        if (--numLeft == 0) throw std::runtime_error("stop");
-    }
-    int numLeft;
-};
-
 } // namespace
 
 TEST(KnifeCut, LeavesTheSurfaceAndMakesChainsOfEdges)
@@ -175,7 +164,7 @@ TEST(KnifeCut, aListenerThatThrowsLeavesAVertexWithoutTriangle)
     for (int n = 1; bThrown; ++n) {
         Lumo_2D lumo;
         lumo.insert(oracles::Dice(7).points(50, 10.0, 10.0));
-        Interrupter interrupter(n);
+        lumo_test::Interrupter interrupter(n);
         lumo.subscribe(MSG_PROGRESS, &interrupter);
         std::vector<Segment2> vKnives;
         for (int i = 0; i < 8; ++i) vKnives.emplace_back(Point2(1, 1 + i, 0), Point2(9.5, 0.5 + 1.1 * i, 0));

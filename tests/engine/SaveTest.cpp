@@ -21,6 +21,7 @@
 #include <sstream>
 
 using namespace ORBI_LUMO25D;
+using lumo_test::bytesOf;
 using lumo_test::CoutCapture;
 using lumo_test::readFile;
 using lumo_test::TempWorkDir;
@@ -38,13 +39,6 @@ using Zones = std::vector<Zone2*>;
 /// triangles, segments, a zone's border edges.
 const char* const square = "v 0 0 1;v 4 0 2;v 1 2 5;v 4 4 3;v 0 4 4;t 0 1 2;t 1 3 2;t 3 4 2;t 4 0 2;"
                            "s 0 1;s 0 2;s 1 3;s 2 3;z 2 0 0 1 3 2 1 3;";
-
-std::string bytesOf(std::uint64_t bits, int size)
-{
-    std::string bytes;
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(bits >> (8 * i) & 255U);
-    return bytes;
-}
 
 std::string number(double n)
 {
@@ -68,9 +62,7 @@ std::string fileOf(const std::string& text, bool bFlat = false, int fileType = 3
         if (kind == 0 && bFlat) v[2] = 0.0;
         if (kind == 0 && fileType == 22) v.pop_back();
         for (const double value : v) {
-            std::uint64_t bits = 0;
-            std::memcpy(&bits, &value, 8);
-            bytes += kind == 0 ? bytesOf(bits, 8) : number(value);
+            bytes += kind == 0 ? bytesOf(value) : number(value);
         }
         if (kind == 0) bytes += number(1000.0 + static_cast<double>(aCounts[0]));
         ++aCounts[kind];
@@ -355,21 +347,12 @@ TEST(Load, MisuseIsToldAndChangesNothing)
 
 TEST(Load, ASubscriberThatThrowsLeavesAnEmptyTriangulation)
 {
-    struct Thrower : MsgBase
-    {
-        void update(MsgType, const char*, double) override
-        {
-            if (--numLeft == 0) throw std::runtime_error("no more");
-        }
-        int numLeft = 0;
-    };
     const TempWorkDir directory;
     for (int n = 1;; ++n) {
         ASSERT_LT(n, 20);
         Lumo_2D lumo;
-        Thrower thrower;
-        thrower.numLeft = n;
-        lumo.subscribe(MSG_PROGRESS, &thrower);
+        lumo_test::Interrupter interrupter(n);
+        lumo.subscribe(MSG_PROGRESS, &interrupter);
         Zones vZones;
         try {
             ASSERT_TRUE(loads(fileOf(square), lumo, vZones));
@@ -379,7 +362,7 @@ TEST(Load, ASubscriberThatThrowsLeavesAnEmptyTriangulation)
             EXPECT_TRUE(vZones.empty());
             EXPECT_EQ(lumo.numberOfPoints(), 0U);
             EXPECT_TRUE(lumo.load("file", vZones)); // still heard: the counter goes on
-            EXPECT_LT(thrower.numLeft, 0);
+            EXPECT_LT(interrupter.numLeft, 0);
         }
     }
 }

@@ -18,6 +18,7 @@ namespace
 using namespace ORBI_LUMO25D;
 using lumo_test::CoutCapture;
 using lumo_test::TempWorkDir;
+using oracles::isSound;
 
 using Points = std::vector<Point2>;
 
@@ -28,14 +29,6 @@ struct Listener : public MsgBase
     void update(MsgType, const char* s, double d) override { text += std::string(s) + "=" + std::to_string(d) + ";"; }
     std::string text;
 };
-
-bool isSound(const Lumo_2D& lumo, const Points& vPoints)
-{
-    std::vector<Triangle2*> vT;
-    lumo.getTrianglePointers(vT);
-    return oracles::isDelaunay(vT, vPoints) && lumo.checkValidity(true, "facade") &&
-           lumo.numberOfPoints() == oracles::distinctPoints(vPoints).size();
-}
 
 TEST(Lumo_2DTest, badArraysAndCountsCrashOrInsertSomething)
 {

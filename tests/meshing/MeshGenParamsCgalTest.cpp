@@ -1,4 +1,5 @@
 #include "Lumo_2D.h"
+#include "freeFunctions.h"
 
 #include <CGAL/Constrained_Delaunay_triangulation_2.h>
 #include <CGAL/Delaunay_mesh_face_base_2.h>
@@ -48,8 +49,7 @@ TEST(MeshGenParamsTest, NeedsNotManyMoreTrianglesThanCgal)
                                                     vWavy};
     for (const std::vector<Point2>& vCorners : vDomains) {
         std::vector<Segment2> v;
-        for (std::size_t i = 0; i < vCorners.size(); ++i)
-            v.emplace_back(vCorners[i], vCorners[(i + 1) % vCorners.size()]);
+        pointsToPolyline(vCorners, true, v);
         for (const double angle : {20.0, 27.0}) {
             Lumo_2D lumo;
             Zone2* const pZone = lumo.createZone(lumo.createConstraint(v, CIS_CONSTRAINED_DELAUNAY, true), ZL_INSIDE);

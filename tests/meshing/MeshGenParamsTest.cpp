@@ -11,6 +11,7 @@
 
 #include "LumoException.h"
 #include "Lumo_2D.h"
+#include "freeFunctions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,15 +32,10 @@ constexpr double unlimited = std::numeric_limits<double>::max();
 using Triangles = std::vector<Triangle2*>;
 using Segments = std::vector<Segment2>;
 
-void addRing(Segments& v, const std::vector<Point2>& vCorners)
-{
-    for (std::size_t i = 0; i < vCorners.size(); ++i) v.emplace_back(vCorners[i], vCorners[(i + 1) % vCorners.size()]);
-}
-
 Segments ring(const std::vector<Point2>& vCorners)
 {
     Segments v;
-    addRing(v, vCorners);
+    pointsToPolyline(vCorners, true, v);
     return v;
 }
 
@@ -119,10 +115,10 @@ std::vector<Shape> shapes()
     const auto z = [](double x, double y) { return Point2(x, y, 0.25 * x); };
     std::vector<Shape> v;
     v.push_back({"square with a point beside an edge", square(8), {}, 80});
-    addRing(v.back().vSegments, {{3, 0.25, 0}, {3, 0.5, 0}, {3.25, 0.25, 0}});
+    pointsToPolyline({{3, 0.25, 0}, {3, 0.5, 0}, {3.25, 0.25, 0}}, true, v.back().vSegments);
     v.push_back({"L", ring({z(0, 0), z(20, 0), z(20, 1), z(1, 1), z(1, 20), z(0, 20)}), {}, 200});
     v.push_back({"hole", square(10), {}, 100});
-    addRing(v.back().vSegments, {{4, 4, 0}, {4, 6, 0}, {6.5, 6, 0}, {5, 5.5, 0}});
+    pointsToPolyline({{4, 4, 0}, {4, 6, 0}, {6.5, 6, 0}, {5, 5.5, 0}}, true, v.back().vSegments);
     v.back().vSharp = {{6.5, 6, 0}};
     v.push_back({"wedge", ring({{0, 0, 0}, {10, 0, 0}, {10, 1, 0}}), {{0, 0, 0}}, 10});
     // Rounded corners on the hull: splits leave triangles without a width behind the sides.

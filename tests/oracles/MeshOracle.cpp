@@ -2,6 +2,8 @@
 
 #include "oracles/ExactOracle.h"
 
+#include "Lumo_2D.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -21,15 +23,6 @@ std::vector<Point2> distinctPoints(const std::vector<Point2>& vPoints)
     std::stable_sort(vDistinct.begin(), vDistinct.end());
     vDistinct.erase(std::unique(vDistinct.begin(), vDistinct.end()), vDistinct.end());
     return vDistinct;
-}
-
-bool haveArea(const std::vector<Point2>& vPoints)
-{
-    const std::vector<Point2> v = distinctPoints(vPoints);
-    for (std::size_t i = 2; i < v.size(); ++i) {
-        if (orientationSign(v[0], v[1], v[i]) != 0) return true;
-    }
-    return false;
 }
 
 std::vector<Point2> convexHull(const std::vector<Point2>& vPoints, bool bWithCollinear)
@@ -55,6 +48,15 @@ std::vector<Point2> convexHull(const std::vector<Point2>& vPoints, bool bWithCol
 
 namespace
 {
+
+bool haveArea(const std::vector<Point2>& vPoints)
+{
+    const std::vector<Point2> v = distinctPoints(vPoints);
+    for (std::size_t i = 2; i < v.size(); ++i) {
+        if (orientationSign(v[0], v[1], v[i]) != 0) return true;
+    }
+    return false;
+}
 
 using PointPair = std::pair<const Point2*, const Point2*>;
 
@@ -117,6 +119,22 @@ AssertionResult isDelaunay(const std::vector<Triangle2*>& vT, const std::vector<
     if (numBorderEdges != numHull) return AssertionFailure() << numBorderEdges << " border edges, hull of " << numHull;
     if (vT.size() + 2 + numHull != 2 * vDistinct.size())
         return AssertionFailure() << "Euler's formula: " << vT.size() << " triangles";
+    return AssertionSuccess();
+}
+
+AssertionResult isSound(const Lumo_2D& lumo, const std::vector<Point2>& vPoints, bool bWithOracle)
+{
+    std::vector<Triangle2*> vT;
+    lumo.getTrianglePointers(vT);
+    if (bWithOracle) {
+        const AssertionResult result = isDelaunay(vT, vPoints);
+        if (!result) return result;
+    }
+    if (!lumo.checkValidity(true, "sound")) return AssertionFailure() << "invalid by the library's own check";
+    if (lumo.numberOfPoints() != distinctPoints(vPoints).size())
+        return AssertionFailure() << "a wrong number of points";
+    if (lumo.numberOfTriangles() != vT.size()) return AssertionFailure() << "a wrong number of triangles";
+    if (lumo.hasArea() != !vT.empty()) return AssertionFailure() << "area without triangles, or the reverse";
     return AssertionSuccess();
 }
 

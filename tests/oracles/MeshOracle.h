@@ -8,6 +8,11 @@
 
 #include <vector>
 
+namespace ORBI_LUMO25D
+{
+class Lumo_2D;
+}
+
 namespace oracles
 {
 
@@ -18,11 +23,13 @@ namespace oracles
 ::testing::AssertionResult isDelaunay(const std::vector<ORBI_LUMO25D::Triangle2*>& vT,
                                       const std::vector<ORBI_LUMO25D::Point2>& vPoints);
 
+/// That of all points that went in, and that the library's own check and counts say the same. Rationals are slow: where
+/// bWithOracle is false, the library's check alone is asked, which others hold against the oracle.
+::testing::AssertionResult isSound(const ORBI_LUMO25D::Lumo_2D& lumo, const std::vector<ORBI_LUMO25D::Point2>& vPoints,
+                                   bool bWithOracle = true);
+
 /// The distinct positions of the points, sorted, each with the height of the first point there.
 std::vector<ORBI_LUMO25D::Point2> distinctPoints(const std::vector<ORBI_LUMO25D::Point2>& vPoints);
-
-/// True when there are three points that aren't on one line.
-bool haveArea(const std::vector<ORBI_LUMO25D::Point2>& vPoints);
 
 /// The vertices of the convex hull counterclockwise from the lowest leftmost one, with the points on its edges or
 /// without, by Andrew's monotone chain.

@@ -19,6 +19,7 @@
 namespace ORBI_LUMO25D
 {
 
+using lumo_test::countOf;
 using lumo_test::CoutCapture;
 using lumo_test::readFile;
 using lumo_test::TempWorkDir;
@@ -45,13 +46,6 @@ std::vector<std::pair<double, double>> verticesOf(const std::string& body)
         }
     }
     return v;
-}
-
-std::size_t count(const std::string& text, const std::string& part)
-{
-    std::size_t n = 0;
-    for (std::size_t pos = text.find(part); pos != std::string::npos; pos = text.find(part, pos + 1)) ++n;
-    return n;
 }
 
 } // namespace
@@ -130,7 +124,7 @@ TEST(Visualizer2Test, EverythingLiesOnThePageAtEveryMagnitude)
             double low = 1e9, high = 0.0;
             const std::string body = bodyOf(readFile("p.ps"));
             const auto vVertices = verticesOf(body);
-            EXPECT_EQ(count(body, "stroke\n"), 2U) << "a path of 52 segments is broken up once";
+            EXPECT_EQ(countOf("stroke\n", body), 2U) << "a path of 52 segments is broken up once";
             ASSERT_EQ(vVertices.size(), 104U);
             for (const auto& [x, y] : vVertices) {
                 EXPECT_TRUE(x >= 50.0 && x <= 530.0 && y >= 200.0 && y <= 680.0) << x << " " << y;
@@ -172,15 +166,15 @@ TEST(Visualizer2Test, UndrawableObjectsAreLeftOutWithOneWarning)
         vis.addObject(b, Color(0, nan, 0, 1, false));
         vis.addObject(Label(b, nullptr, true, 0), Color()); // drawable: only the mark
         pCorner.reset();                                    // what was added need not live
-        EXPECT_EQ(count(out.take(), "\n"), 1U);
+        EXPECT_EQ(countOf("\n", out.take()), 1U);
         vis.writeFile();
     }
     const std::string text = out.take();
-    EXPECT_EQ(count(text, "WARNING"), 1U);
+    EXPECT_EQ(countOf("WARNING", text), 1U);
     EXPECT_NE(text.find(": 13 objects"), std::string::npos) << text;
     const std::string page = readFile("p.ps");
-    EXPECT_EQ(count(page, "nan") + count(page, "inf"), 0U) << page;
-    EXPECT_EQ(count(page, "closepath"), 2U);
+    EXPECT_EQ(countOf("nan", page) + countOf("inf", page), 0U) << page;
+    EXPECT_EQ(countOf("closepath", page), 2U);
     EXPECT_EQ(verticesOf(bodyOf(page)).size(), 2U * 3 + 2 + 2 * 4 + 2 + 4);
 }
 
@@ -199,7 +193,7 @@ TEST(Visualizer2Test, TextsCannotBreakThePage)
          {std::string("%%Title: a(b)\\012\\c\xc3\xa4.ps\n"), std::string("(a\\(b\\)\\012\\\\c\\303\\244.ps)\tshow"),
           "(\\(" + std::string(119, 'x') + ")\tshow", std::string("(\\001\\) showpage \\()\tshow"), // cut to 120
           std::string("(a\\))\tshow\n290\t432\tmoveto\n()\tshow\n290\t424\tmoveto\n(\\(\\\\)\tshow")}) {
-        EXPECT_EQ(count(page, piece), 1U) << piece;
+        EXPECT_EQ(countOf(piece, page), 1U) << piece;
     }
 }
 
@@ -212,7 +206,7 @@ TEST(Visualizer2Test, MisuseIsAnsweredAsDescribed)
     EXPECT_NE(out.take().find("WARNING: skipping text [\"fits\"], maximum number of header lines"), std::string::npos);
     vis.writeFile();
     const std::string page = readFile("p.ps");
-    EXPECT_EQ(count(page, "(fits)"), 10U);
+    EXPECT_EQ(countOf("(fits)", page), 10U);
     vis.writeFile();
     EXPECT_NE(out.take().find("WARNING: No effect. File has already been closed"), std::string::npos);
     EXPECT_THROW(vis.addObject(Point2(), Color()), LumoException);

@@ -14,6 +14,7 @@
 namespace ORBI_LUMO25D
 {
 
+using lumo_test::bytesOf;
 using lumo_test::CoutCapture;
 using lumo_test::readFile;
 using lumo_test::TempWorkDir;
@@ -21,14 +22,6 @@ using lumo_test::writeFile;
 
 namespace
 {
-
-/// Numbers as the formats hold them, made without the library: little endian.
-std::string bytesOf(unsigned long long bits, int size)
-{
-    std::string bytes;
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(bits >> (8 * i) & 255U);
-    return bytes;
-}
 
 std::string headerBytes(unsigned fileType, unsigned long long n)
 {
@@ -38,11 +31,7 @@ std::string headerBytes(unsigned fileType, unsigned long long n)
 std::string doubleBytes(const std::vector<double>& vValues)
 {
     std::string bytes;
-    for (const double value : vValues) {
-        unsigned long long bits = 0;
-        std::memcpy(&bits, &value, 8);
-        bytes += bytesOf(bits, 8);
-    }
+    for (const double value : vValues) bytes += bytesOf(value);
     return bytes;
 }
 

@@ -5,6 +5,7 @@
 #include "freeFunctions.h"
 #include "oracles/Dice.h"
 #include "repair/PatchOracle.h"
+#include "support/TestOutput.h"
 
 #include <algorithm>
 #include <cmath>
@@ -388,6 +389,7 @@ TEST(HoleFiller, BadInputIsNotAnsweredWithItsText)
 
 TEST(HoleFiller, LongRunDoesNotEnd)
 {
+    const lumo_test::TempWorkDir directory;
     std::vector<std::pair<Segment2, Vector2>> vPairs;
     const int n = 100100;
     for (int i = 0; i < n; ++i) {

@@ -1,10 +1,10 @@
 #include "Mesh3.h"
 
 #include "repair/PatchOracle.h"
+#include "support/TestOutput.h"
 
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -64,6 +64,7 @@ TEST(Mesh3, RingsGoAstrayWhereHolesTouch)
 
 TEST(Mesh3, FilesAreTrusted)
 {
+    const lumo_test::TempWorkDir directory;
     struct Case
     {
         const char* name;
@@ -83,7 +84,7 @@ TEST(Mesh3, FilesAreTrusted)
         {"g.off", "OFF\n", false, 0}};
     for (const Case& c : aCases) {
         SCOPED_TRACE(c.name);
-        std::ofstream(c.name) << c.text;
+        lumo_test::writeFile(c.name, c.text);
         std::vector<Point2> vCorners;
         EXPECT_EQ(Mesh3::readCorners(c.name, vCorners), c.bOK);
         EXPECT_EQ(vCorners.size(), c.numCorners);

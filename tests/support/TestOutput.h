@@ -2,8 +2,11 @@
 #define LUMO25D_TESTS_SUPPORT_TESTOUTPUT_H
 
 #include "LumoException.h"
+#include "MsgBase.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -93,10 +96,37 @@ inline std::size_t countOf(const std::string& part, const std::string& text)
     return n;
 }
 
-/// Runs f, which must fail a condition, and returns what it printed.
+/// A number in so many bytes, little endian: how files hold it, made without the library.
+inline std::string bytesOf(std::uint64_t bits, int size)
+{
+    std::string bytes;
+    for (int i = 0; i < size; ++i) bytes += static_cast<char>(bits >> (8 * i) & 255U);
+    return bytes;
+}
+
+inline std::string bytesOf(double value)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, 8);
+    return bytesOf(bits, 8);
+}
+
+/// Throws at its n-th report, from 1.
+struct Interrupter : ORBI_LUMO25D::MsgBase
+{
+    explicit Interrupter(int n) : numLeft(n) {}
+    void update(ORBI_LUMO25D::MsgType, const char*, double) override
+    {
+        if (--numLeft == 0) throw std::runtime_error("stop");
+    }
+    int numLeft;
+};
+
+/// Runs f, which must fail a condition, and returns what it printed. The log of the failure doesn't stay.
 template <class F>
 std::string failureOutput(const F& f)
 {
+    const TempWorkDir directory;
     CoutCapture out;
     try {
         f();

@@ -185,41 +185,6 @@ std::vector<Point2> grid(int n, double x0, double y0, double step, const std::fu
 
 } // namespace
 
-TEST(CutAndFill, VolumesOfSimpleSolidsAreOff)
-{
-    const auto plane = [](double a, double b, double c) {
-        return [=](double x, double y) { return a * x + b * y + c; };
-    };
-    std::vector<Point2> vCone{{0, 0, 6}}, vRim;
-    for (int i = 0; i < 64; ++i) vCone.emplace_back(3 * std::cos(i * M_PI / 32), 3 * std::sin(i * M_PI / 32), 0);
-    const double coneVolume = 32 * 9 * std::sin(M_PI / 32) * 6 / 3, coneArea = 32 * 9 * std::sin(M_PI / 32);
-    const struct
-    {
-        const char* name;
-        std::vector<Point2> vBefore, vAfter;
-        double cut, fill, area;
-    } aCases[] = {
-        {"prism", grid(2, 0, 0, 4, plane(0, 0, 7)), grid(2, 0, 0, 4, plane(0, 0, 5)), 32, 0, 16},
-        {"tilted prism", grid(3, 0, 0, 4, plane(1, 2, 7)), grid(2, 0, 0, 8, plane(1, 2, 7.5)), 0, 32, 64},
-        {"pyramid", grid(3, -1, -1, 1, [](double x, double y) { return x == 0 && y == 0 ? 3 : 0; }),
-         grid(2, -1, -1, 2, plane(0, 0, 0)), 4, 0, 4},
-        {"crossing planes", grid(2, -1, -1, 2, plane(1, 0, 0)), grid(3, -1, -1, 1, plane(-2, 0, 0)), 3, 3, 4},
-        {"cone on a plane", grid(2, -4, -4, 8, plane(0, 0, 0)), vCone, 0, coneVolume, coneArea},
-        {"cone through a plane", vCone, grid(2, -4, -4, 8, plane(0, 0, 3)), coneVolume / 8,
-         coneArea * 3 - coneVolume + coneVolume / 8, coneArea},
-        {"partial overlap", grid(3, 0, 0, 1, plane(0, 1, 0)), grid(4, 1.5, 0.25, 1, plane(0, 0, 1)), 0.25, 0.140625,
-         0.875},
-    };
-    for (const auto& c : aCases) {
-        Surface before(c.vBefore), after(c.vAfter);
-        Volumes expected;
-        expected.cut = c.cut;
-        expected.fill = c.fill;
-        expected.area = c.area;
-        expectSame(compare(before.pZone, after.pZone), expected, 1e-12L, c.name);
-    }
-}
-
 // Coinciding, shifted and random edges; zones with holes; survey coordinates; both ways round.
 TEST(CutAndFill, VolumesDifferFromClippingEachPairOfTriangles)
 {
@@ -329,6 +294,7 @@ TEST(CutAndFill, NoCommonAreaOrThresholdGoWrong)
     ASSERT_TRUE(fill.go());
     EXPECT_EQ(gauge.last, 1.0);
     EXPECT_EQ(fill.getComponent(0)->getCAFType(), CT_FILL);
+    const lumo_test::TempWorkDir directory;
     Visualizer2 vis("fill.ps");
     fill.show(&vis);
     vis.writeFile();
