@@ -50,9 +50,9 @@ void curveKeys(State& state)
 template <class Record>
 Record makeRecord(std::uint32_t idx, std::size_t i);
 template <>
-IdxPos makeRecord<IdxPos>(std::uint32_t idx, std::size_t i)
+KeyedPosition makeRecord<KeyedPosition>(std::uint32_t idx, std::size_t i)
 {
-    return IdxPos(idx, i);
+    return KeyedPosition(idx, i);
 }
 template <>
 IdxVtxAct makeRecord<IdxVtxAct>(std::uint32_t idx, std::size_t i)

@@ -3,9 +3,9 @@
 //     terrain [--rounds N] [--side N] [--gdal]
 //
 // Contours of a hilly grid of 708 by 708 points by default, a million triangles: the triangles of 200 heights by the index
-// against a look at every triangle, their contours, and a set of 100 heights; with --gdal, gdal_contour makes the same set from the same grid. Cut and fill
-// of two hilly grids of 100, 200, 400 and 800 points a side, on the same places, shifted by half a cell, and on random
-// places, so that the growth shows.
+// against a look at every triangle, their contours, and a set of 100 heights; with --gdal, gdal_contour makes the same set
+// from the same grid. Cut and fill of two hilly grids of 100, 200, 400 and 800 points a side, on the same places, shifted
+// by half a cell, and on random places, so that the growth shows.
 
 #include "measure.h"
 

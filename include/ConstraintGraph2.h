@@ -49,9 +49,10 @@ public:
 
     /// Sets vSegments to the segments that were given; a split doesn't change them.
     void getOriginalConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const { vSegments = vCSegParents; }
-    /// Sets vSegments to the alive segments below them, in the order and direction of the graph. Linear in the size of the hierarchy.
+    /// Sets vSegments to the alive segments below them, in the order and direction of the graph. Linear in the size of the
+    /// hierarchy.
     void getChildConstraintSegments(std::vector<ConstraintSegment2*>& vSegments) const;
-    /// Source and target, in the graph's direction, of each alive segment: inner vertices of a chain come twice.
+    /// Appends source and target, in the graph's direction, of each alive segment: inner vertices of a chain come twice.
     void getPolygonVertices(std::vector<Point2*>& vVertices) const;
     /// The children of a dead segment, the one at its directed start first; NULL for an alive one.
     void getDirectChildren(ConstraintSegment2* pParent, ConstraintSegment2*& pChild0,

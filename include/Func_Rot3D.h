@@ -13,8 +13,9 @@ namespace ORBI_LUMO25D
 /// The rotation about the origin that takes a direction to the z axis: a problem on a steep surface becomes one in the
 /// plane.
 ///
-/// It is exact up to the rounding of its nine entries, except for directions within 2.6 degrees of the z axis
-/// (z > 0.999): for those it is the identity, since they need no help.
+/// It is exact up to the rounding of its nine entries, except near the z axis. For directions within 2.6 degrees of it
+/// (z > 0.999) it is the identity, since they need no help. For those straight below (x and y within 0.001 of 0), where
+/// the axis to turn about can't be told, it is half a turn about the y axis, which leaves the direction that much off.
 class LUMO25D_API Func_Rot3D
 {
 public:

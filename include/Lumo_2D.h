@@ -173,11 +173,12 @@ public:
     /// the tolerance, and no area: a message and false.
     bool drape(const std::vector<Segment2>& vSegmentsIn, std::vector<Segment2>& vSegmentsOut, double zTolerance) const;
     /// Makes triangles, given by three corners each, the triangles of this object, which must be empty, and a bounded
-    /// zone of them. They need not be Delaunay: edges that aren't become constraints, as does the zone's border. Corners at the same x
-    /// and y are one vertex, with the height of the first. Gaps and the surroundings up to the convex hull are filled with
-    /// Delaunay triangles; with bCreateExtendedBoundingBox up to a box three times as wide and high as the triangles', too.
-    /// NULL, with a message and nothing changed, when there are points already, when triangles overlap, are degenerate or
-    /// share parts of edges only, and when one is clockwise, unless bReorientIfNeeded turns those. O(n log n).
+    /// zone of them. They need not be Delaunay: edges that aren't become constraints, as does the zone's border. Corners at
+    /// the same x and y are one vertex, with the height of the first. Gaps and the surroundings up to the convex hull are
+    /// filled with Delaunay triangles; with bCreateExtendedBoundingBox up to a box three times as wide and high as the
+    /// triangles', too. NULL, with a message and nothing changed, when there are points already, when triangles overlap,
+    /// are degenerate or share parts of edges only, and when one is clockwise, unless bReorientIfNeeded turns those.
+    /// O(n log n).
     Zone2* importTriangles(const std::vector<Point2>& vPoints, bool bReorientIfNeeded, bool bCreateExtendedBoundingBox);
 
     // ---- settings -----------------------------------------------------------------------------------------------

@@ -20,8 +20,10 @@ enum MsgType : int
 ///
 ///     struct Gauge : public MsgBase
 ///     {
-///         void update(MsgType, const char* s, double d) override { std::cout << s << ": " << 100.0 * d << "
-///         %\n"; }
+///         void update(MsgType, const char* s, double d) override
+///         {
+///             std::cout << s << ": " << 100.0 * d << " %\n";
+///         }
 ///     };
 class LUMO25D_API MsgBase
 {

@@ -20,10 +20,11 @@ class Zone2;
 
 // ---- predicates -------------------------------------------------------------------------------------------------
 
-/// How p2 lies seen from the directed line p0 to p1: exact for any finite doubles. A null argument is a failed
-/// condition. One process-wide object is behind it, so it is meant for one thread; use getOrientation2_mt elsewhere.
+/// How p2 lies seen from the directed line p0 to p1: exact for any finite doubles. A null argument is a failed condition,
+/// and so is an x or y that is no finite number. One process-wide object is behind it, which gets slower for small
+/// coordinates once it has seen large ones, and is meant for one thread; use getOrientation2_mt elsewhere.
 LUMO25D_API Orientation2 getOrientation2(const Point2* p0, const Point2* p1, const Point2* p2);
-/// The same, callable from any thread; each call sets up its own state and is somewhat slower.
+/// The same, callable from any thread: only where rounding could decide, a call sets up a state of its own.
 LUMO25D_API Orientation2 getOrientation2_mt(const Point2* p0, const Point2* p1, const Point2* p2);
 
 // ---- files ------------------------------------------------------------------------------------------------------

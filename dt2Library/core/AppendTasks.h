@@ -15,8 +15,9 @@
 
 /// The pieces of work of a bulk append to the vault, which may be shared out to threads by stretches of the input.
 ///
-/// A source of points is a class with the operations of PointSource. fill() makes the vertex in the given slot, or has its own. arrange() comes when the order is known, before any
-/// point is fetched: the source may bring its points into that order, and puts their new positions into the pairs.
+/// A source of points is a class with the operations of PointSource. fill() makes the vertex in the given slot, or has its
+/// own. arrange() comes when the order is known, before any point is fetched: the source may bring its points into that
+/// order, and puts their new positions into the pairs.
 namespace ORBI_LUMO25D
 {
 
@@ -107,11 +108,11 @@ public:
             std::size_t to = k;
             for (std::size_t from = vPairs[to].position(); from != k; from = vPairs[to].position()) {
                 points[to] = points[from];
-                vPairs[to] = IdxPos(vPairs[to].idx(), to);
+                vPairs[to] = KeyedPosition(vPairs[to].key(), to);
                 to = from;
             }
             points[to] = first;
-            vPairs[to] = IdxPos(vPairs[to].idx(), to);
+            vPairs[to] = KeyedPosition(vPairs[to].key(), to);
         }
     }
 
@@ -150,7 +151,7 @@ public:
     void run()
     {
         for (std::size_t i = stretch.begin; i < stretch.end; ++i) {
-            vPairs[i] = IdxPos(curve.getIndex(source.x(i), source.y(i)), i);
+            vPairs[i] = KeyedPosition(curve.getIndex(source.x(i), source.y(i)), i);
         }
     }
 
@@ -179,7 +180,7 @@ public:
             if (k + ahead < stretch.end) __builtin_prefetch(source.address(vPairs[k + ahead].position()));
             const std::size_t position = vPairs[k].position();
             Point2* const pVtx = source.fill(position, aVertices + k);
-            aItems[k] = {vPairs[k].idx(), true, pVtx};
+            aItems[k] = {vPairs[k].key(), true, pVtx};
             if (aHandles != nullptr) aHandles[position] = pVtx;
         }
     }

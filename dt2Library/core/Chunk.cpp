@@ -4,6 +4,7 @@
 #include "core/MeshSurgery.h"
 #include "core/StraightWalk.h"
 #include "engine/Dt2.h"
+#include "geometry/distances.h"
 
 #include <limits>
 #include <new>
@@ -72,10 +73,9 @@ Triangle2* Chunk::chooseStartVertex()
     double sqNearest = std::numeric_limits<double>::infinity();
     pStartVtx = pT->corner(0);
     for (int i = 0; i < 3; ++i) {
-        const double dx = pT->corner(i)->x() - firstPoint.x();
-        const double dy = pT->corner(i)->y() - firstPoint.y();
-        if (dx * dx + dy * dy < sqNearest) {
-            sqNearest = dx * dx + dy * dy;
+        const double sqDist = sqDistance2D(*pT->corner(i), firstPoint);
+        if (sqDist < sqNearest) {
+            sqNearest = sqDist;
             pStartVtx = pT->corner(i);
         }
     }

@@ -74,7 +74,7 @@ void ChunkRegion::determine(const Dt2& dt2, const Bbox2& inputBox, const Bbox2& 
     extBox = box;
     TriangleFlags trusted;
     std::vector<const Triangle2*> vAtBox;
-    /// Adds the disk of a triangle to the region, once; whether it can be trusted.
+    // Adds the disk of a triangle to the region, once; whether it can be trusted.
     const auto look = [&](const Triangle2* pT) {
         bool bNew = false;
         bool& bTrusted = trusted.flagOf(pT, bNew);

@@ -44,7 +44,7 @@ public:
         return bWholePlane || other.bWholePlane || (cornerMask & other.cornerMask) != 0 ||
                extBox.doIntersect(other.extBox);
     }
-    /// Circumcircles that couldn't be trusted, of triangles at the box and of their neighbours.
+    /// Circumcircles that couldn't be trusted: of all triangles looked at; and how often one came up as a neighbour's.
     std::size_t numBadAtBox() const { return numBad1; }
     std::size_t numBadBeside() const { return numBad2; }
 

@@ -63,16 +63,16 @@ private:
 
     std::size_t beginOfRunAt(std::size_t i, std::size_t first) const
     {
-        const auto isLower = [](const IdxPos& pair, std::uint32_t idx) { return pair.idx() < idx; };
+        const auto isLower = [](const KeyedPosition& pair, std::uint32_t idx) { return pair.key() < idx; };
         const auto it = std::lower_bound(vPairs.begin() + static_cast<std::ptrdiff_t>(first),
-                                         vPairs.begin() + static_cast<std::ptrdiff_t>(i), vPairs[i].idx(), isLower);
+                                         vPairs.begin() + static_cast<std::ptrdiff_t>(i), vPairs[i].key(), isLower);
         return static_cast<std::size_t>(it - vPairs.begin());
     }
     std::size_t endOfRunAt(std::size_t i, std::size_t last) const
     {
-        const auto isLower = [](std::uint32_t idx, const IdxPos& pair) { return idx < pair.idx(); };
+        const auto isLower = [](std::uint32_t idx, const KeyedPosition& pair) { return idx < pair.key(); };
         const auto it = std::upper_bound(vPairs.begin() + static_cast<std::ptrdiff_t>(i),
-                                         vPairs.begin() + static_cast<std::ptrdiff_t>(last), vPairs[i].idx(), isLower);
+                                         vPairs.begin() + static_cast<std::ptrdiff_t>(last), vPairs[i].key(), isLower);
         return static_cast<std::size_t>(it - vPairs.begin());
     }
 
@@ -80,7 +80,7 @@ private:
     {
         for (std::size_t begin = first; begin < last;) {
             std::size_t end = begin + 1;
-            while (end < last && vPairs[end].idx() == vPairs[begin].idx()) {
+            while (end < last && vPairs[end].key() == vPairs[begin].key()) {
                 ++end;
             }
             if (end - begin > longestPlainRun) refine(begin, end, 1);
@@ -105,17 +105,17 @@ private:
         forStretches(n, numThreads, [&](const Stretch& s) {
             for (std::size_t i = s.begin; i < s.end; ++i) {
                 const auto xy = position(vPairs[begin + i].position());
-                vFine[i] = IdxPos(curve.getIndex(xy.first, xy.second), vPairs[begin + i].position());
+                vFine[i] = KeyedPosition(curve.getIndex(xy.first, xy.second), vPairs[begin + i].position());
             }
         });
         sortPairs(vFine, numCPU);
-        if (vFine.front().idx() != vFine.back().idx()) {
+        if (vFine.front().key() != vFine.back().key()) {
             CurveRefinement(vFine, position).run(numCPU);
         }
-        const auto key = vPairs[begin].idx();
+        const auto key = vPairs[begin].key();
         forStretches(n, numThreads, [&](const Stretch& s) {
             for (std::size_t i = s.begin; i < s.end; ++i) {
-                vPairs[begin + i] = IdxPos(key, vFine[i].position());
+                vPairs[begin + i] = KeyedPosition(key, vFine[i].position());
             }
         });
     }

@@ -1,13 +1,12 @@
 #include "core/CurveSort.h"
 
 #include "core/Stretches.h"
-#include "orbi_tools/BlockMemory.h"
+#include "orbi_tools/BlockArray.h"
 #include "support/check.h"
 
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <new>
 
 // Radix sort, least significant digit first, three digits. It is stable, so that the order of what has equal keys is
 // the order of the input, and it needs a quarter of the time of a sort by comparisons: D. E. Knuth, The Art of Computer
@@ -22,16 +21,16 @@ namespace
 constexpr std::size_t minParallel = 10000;
 constexpr std::size_t minRadix = 500; ///< below, clearing and summing the counters costs more than comparisons
 
-std::uint32_t keyOf(const IdxPos& pair)
+std::uint32_t keyOf(const KeyedPosition& pair)
 {
-    return pair.idx();
+    return pair.key();
 }
 std::uint32_t keyOf(const IdxVtxAct& item)
 {
     return item.idx;
 }
 /// Width of a digit: three of them hold every key.
-constexpr unsigned digitBits(const IdxPos*)
+constexpr unsigned digitBits(const KeyedPosition*)
 {
     return 10;
 }
@@ -39,21 +38,6 @@ constexpr unsigned digitBits(const IdxVtxAct*)
 {
     return 11;
 }
-
-/// Memory of the size of what is sorted.
-template <class Record>
-class Scratch
-{
-public:
-    explicit Scratch(std::size_t n) : memory(n * sizeof(Record))
-    {
-        if (memory.data() == nullptr) throw std::bad_alloc();
-    }
-    Record* data() const { return reinterpret_cast<Record*>(memory.data()); }
-
-private:
-    BlockMemory memory;
-};
 
 /// Counts of the digits of a stretch; then, where the stretch puts its next record with that digit.
 template <class Record>
@@ -204,12 +188,12 @@ bool isSorted(const Record* pFirst, std::size_t n, int numCPU, const Less& less)
 void sortPairs(IdxPairs& vPairs, int numCPU)
 {
     const std::size_t n = vPairs.size();
-    LUMO_CHECK(n <= IdxPos::maxPositions, "vPairs.size()<=maxPositions");
+    LUMO_CHECK(n <= KeyedPosition::maxPositions, "vPairs.size()<=maxPositions");
     // What was appended in curve order is in order already.
-    if (isSorted(vPairs.data(), n, numCPU, std::less<IdxPos>())) return;
-    const auto isLower = [](const IdxPos& a, const IdxPos& b) { return a.position() < b.position(); };
+    if (isSorted(vPairs.data(), n, numCPU, std::less<KeyedPosition>())) return;
+    const auto isLower = [](const KeyedPosition& a, const KeyedPosition& b) { return a.position() < b.position(); };
     if (isSorted(vPairs.data(), n, numCPU, isLower)) {
-        const Scratch<IdxPos> scratch(n);
+        const BlockArray<KeyedPosition> scratch(n);
         radixSort(vPairs.data(), vPairs.data() + n, scratch.data(), threadsForScan(n, numCPU));
     } else {
         std::sort(vPairs.begin(), vPairs.end());
@@ -220,7 +204,7 @@ void sortItems(IdxItems& vItems, int numCPU)
 {
     const std::size_t n = vItems.size();
     if (isSorted(vItems.data(), n, numCPU, std::less<IdxVtxAct>())) return;
-    const Scratch<IdxVtxAct> scratch(n);
+    const BlockArray<IdxVtxAct> scratch(n);
     if (numCPU >= 4 && n >= minParallel) {
         sortInFour(vItems.data(), vItems.data() + n, scratch.data(), numCPU);
     } else {

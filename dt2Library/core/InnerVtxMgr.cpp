@@ -2,6 +2,7 @@
 
 #include "engine/Dt2.h"
 #include "geometry/aroundVertex.h"
+#include "geometry/distances.h"
 
 namespace ORBI_LUMO25D
 {
@@ -31,9 +32,7 @@ void InnerVtxMgr::clear()
 /// Notes a vertex that is met for the first time, unless it is outside.
 void InnerVtxMgr::collectWithin(const Point2& center, double sqRadius, Point2* pVtx)
 {
-    const double dx = pVtx->x() - center.x();
-    const double dy = pVtx->y() - center.y();
-    if (!(dx * dx + dy * dy < sqRadius) || !sVisited.insert(pVtx).second) return;
+    if (!(sqDistance2D(*pVtx, center) < sqRadius) || !sVisited.insert(pVtx).second) return;
     vWork.push_back(pVtx);
     if (isFree(pVtx)) vInside.push_back(pVtx);
 }

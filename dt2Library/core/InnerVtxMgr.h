@@ -27,6 +27,7 @@ class InnerVtxMgr
 public:
     explicit InnerVtxMgr(const SimplePool<Point2>& pool_) : pool(pool_) {}
 
+    /// A vertex of the pool that the running refinement has made.
     void add(const Point2* pVtx);
     /// A vertex that was removed or became an end of a constraint isn't free any more. Nothing for one that isn't listed.
     void forget(const Point2* pVtx);
@@ -35,9 +36,10 @@ public:
     bool isFree(const Point2* pVtx) const { return (mark(pVtx) & running) != 0; }
     bool isFromEarlierRefinement(const Point2* pVtx) const { return (mark(pVtx) & earlier) != 0; }
 
-    /// Removes the free vertices of the running refinement whose squared distance from the vertex is below sqRadius, except
-    /// ends of constraints; returns them until the next call, and appends the triangles that arise. What is reached from the vertex along edges inside of the
-    /// circle is looked at: in a Delaunay triangulation these are all, in a constrained one all that the vertex sees.
+    /// Takes the free vertices of the running refinement whose squared distance from the vertex is below sqRadius off the
+    /// list, and removes all of them but ends of constraints; returns them until the next call, and appends the triangles
+    /// that arise. What is reached from the vertex along edges inside of the circle is looked at: in a Delaunay
+    /// triangulation these are all, in a constrained one all that the vertex sees.
     const std::vector<Point2*>& removePreviouslyInsertedVertices(Dt2& dt2, Point2* pCenter, double sqRadius,
                                                                  std::vector<Triangle2*>& vArisen);
 

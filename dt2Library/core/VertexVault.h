@@ -46,6 +46,7 @@ public:
 
     // ---- appending ----------------------------------------------------------------------------------------------
 
+    /// Registers a vertex, at the end, with its curve index.
     void addVertex(std::uint32_t idx, Point2* pVtx);
     /// Makes a vertex for each point, in curve order, so that neighbours in the plane are neighbours in memory. With
     /// handles asked for, pVHandles is resized and filled in input order. numPreExisting receives the number of items
@@ -75,13 +76,14 @@ public:
     /// Three vertices, counterclockwise, that are not collinear: the first active one, the first that differs, and the
     /// first off their line, in item order. False when there are none.
     bool getThreeInitialPoints(Point2*& p0, Point2*& p1, Point2*& p2);
-    /// The active vertex at p's x and y, or null.
+    /// The active vertex at p's x and y, or null. Finding none, or one that isn't sorted yet, takes a look at every item.
     Point2* getVertex(const Point2& p) const;
     /// True when pVtx has an active item; it must be a vertex of the engine's pool.
     bool isActive(const Point2* pVtx) const;
     /// While there is no area: the waiting vertex at p's x and y, or null. Amortised logarithmic for a stream of
     /// single insertions.
     Point2* findWaiting(const Point2& p);
+    /// Appends them in item order.
     void getActiveVertices(std::vector<Point2*>& vVertices) const;
     std::size_t numActive() const { return numActiveItems; }
     /// The tight box of the active vertices.
@@ -106,6 +108,7 @@ public:
     /// Ends a bulk insertion: rewrites the handles of duplicates to the vertices that stay and switches the duplicates
     /// off. Without area, duplicates are found here, and the earliest item wins.
     void treatDupsAndHandles(std::vector<Point2*>* pHandles);
+    /// With area: replaces the handles of vertices that have no triangle by those of the vertices that stand there.
     void replaceDuplicateVertexHandlesFullDim(std::vector<Point2*>& vHandles);
 
     // ---- upkeep -------------------------------------------------------------------------------------------------
@@ -117,7 +120,8 @@ public:
     void reindexAll();
     /// Switches the item of a removed vertex off and takes the vertex's incident triangle away.
     void setInactive(Point2* pVtx);
-    /// After a broken-off bulk insertion: switches off the vertices that have no triangle, of the items from a position on.
+    /// After a broken-off bulk insertion: switches off the vertices that have no triangle, of the items from a position on,
+    /// and forgets the duplicates on record.
     void dropPointsWithoutTriangle(std::size_t firstToDrop);
     /// Forgets that waiting points were looked at; to be called when area comes or goes.
     void areaChanged();

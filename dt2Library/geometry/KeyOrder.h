@@ -7,7 +7,7 @@
 namespace ORBI_LUMO25D
 {
 
-/// The position of an item in its container with its key along a curve, in 64 bits.
+/// The position of an item in its container, below 2^34, with its key along a curve, in 64 bits.
 class KeyedPosition
 {
 public:
@@ -20,6 +20,9 @@ public:
 
     std::uint32_t key() const { return static_cast<std::uint32_t>(packed >> (64 - keyBits)); }
     std::size_t position() const { return static_cast<std::size_t>(packed & (maxPositions - 1)); }
+
+    /// By key, then by position.
+    bool operator<(const KeyedPosition& other) const { return packed < other.packed; }
 
 private:
     std::uint64_t packed = 0;

@@ -1,11 +1,11 @@
 #include "geometry/numericTools.h"
 
 #include "geometry/OrbiTest.h"
+#include "geometry/Rational.h"
 #include "support/messages.h"
 
 #include <algorithm>
 #include <cmath>
-#include <gmp.h>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -86,23 +86,9 @@ bool areParallel(const Segment2& a, const Segment2& b)
                                           b.trg.y() - b.src.y()};
     if (std::fabs(value.det()) > value.bound()) return false;
 
-    constexpr int numRationals = 6;
-    mpq_t aQ[numRationals];
-    for (mpq_t& q : aQ) mpq_init(q);
-    const auto difference = [&aQ](int i, double v, double w) {
-        mpq_set_d(aQ[i], v);
-        mpq_set_d(aQ[4], w);
-        mpq_sub(aQ[i], aQ[i], aQ[4]);
-    };
-    difference(0, a.trg.x(), a.src.x());
-    difference(1, a.trg.y(), a.src.y());
-    difference(2, b.trg.x(), b.src.x());
-    difference(3, b.trg.y(), b.src.y());
-    mpq_mul(aQ[4], aQ[0], aQ[3]);
-    mpq_mul(aQ[5], aQ[1], aQ[2]);
-    const bool bParallel = mpq_equal(aQ[4], aQ[5]) != 0;
-    for (mpq_t& q : aQ) mpq_clear(q);
-    return bParallel;
+    const auto dx = [](const Segment2& s) { return difference(s.trg.x(), s.src.x()); };
+    const auto dy = [](const Segment2& s) { return difference(s.trg.y(), s.src.y()); };
+    return product(dx(a), dy(b)).compare(product(dy(a), dx(b))) == 0;
 }
 
 /// The crossing of two segments that are known to cross, in plain arithmetic; false where its error isn't known to be

@@ -1,13 +1,12 @@
 #include "geometry/snapping.h"
 
 #include "geometry/OrbiTest.h"
+#include "geometry/Rational.h"
 #include "geometry/distances.h"
 #include "geometry/exactSums.h"
 
 #include "Point2.h"
 #include "Vector2.h"
-
-#include <gmp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,58 +19,6 @@ namespace
 {
 
 // ---- exact ----------------------------------------------------------------------------------------------------------
-
-/// A rational with just the operators that are needed here.
-class Rational
-{
-public:
-    explicit Rational(double v)
-    {
-        mpq_init(q);
-        mpq_set_d(q, v);
-    }
-    Rational(const Rational& other)
-    {
-        mpq_init(q);
-        mpq_set(q, other.q);
-    }
-    Rational& operator=(const Rational&) = delete;
-    ~Rational() { mpq_clear(q); }
-
-    Rational& operator-=(const Rational& other)
-    {
-        mpq_sub(q, q, other.q);
-        return *this;
-    }
-    Rational& operator+=(const Rational& other)
-    {
-        mpq_add(q, q, other.q);
-        return *this;
-    }
-    Rational& operator*=(const Rational& other)
-    {
-        mpq_mul(q, q, other.q);
-        return *this;
-    }
-    int compare(const Rational& other) const { return mpq_cmp(q, other.q); }
-    int sign() const { return mpq_sgn(q); }
-
-private:
-    mpq_t q;
-};
-
-Rational difference(double a, double b)
-{
-    Rational r(a);
-    r -= Rational(b);
-    return r;
-}
-
-Rational product(Rational a, const Rational& b)
-{
-    a *= b;
-    return a;
-}
 
 Rational exactSquaredLength(const Point2& a, const Point2& b)
 {

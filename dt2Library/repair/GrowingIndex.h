@@ -25,7 +25,6 @@ public:
 
     explicit GrowingIndex(const Source& source_) : source(source_) {}
 
-    const Source& getSource() const { return source; }
     void add(const Record& record)
     {
         vRecent.push_back(record);

@@ -65,13 +65,6 @@ void Progress::addChild(Progress* pChild)
     pChild->vParents.push_back(this);
 }
 
-void Progress::removeChild(Progress* pChild)
-{
-    if (std::find(vChildren.begin(), vChildren.end(), pChild) == vChildren.end()) return;
-    eraseFrom(vChildren, pChild);
-    eraseFrom(pChild->vParents, this);
-}
-
 void Progress::start(const char* newStepName, std::uint64_t totalUnits)
 {
     if (bSuppressed || mSubscribers.empty()) return;

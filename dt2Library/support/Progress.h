@@ -40,7 +40,6 @@ public:
     /// Makes pChild's fraction a part of this one's. A pair is linked once; a ring of publishers is a failed
     /// condition.
     void addChild(Progress* pChild);
-    void removeChild(Progress* pChild);
 
     /// Announces a step of totalUnits units, reported at every hundredth of it. Does nothing when muted or
     /// unheard.
@@ -53,10 +52,10 @@ public:
         if (mSubscribers.empty() && vParents.empty()) return;
         stepHeard(n);
     }
-    /// Raises the announced work by n, when there are subscribers.
+    /// Raises the announced work by n, when there are subscribers. Does nothing when muted: the step is another's then.
     void addToTotal(std::uint64_t n)
     {
-        if (!mSubscribers.empty()) total += n;
+        if (!bSuppressed && !mSubscribers.empty()) total += n;
     }
     /// Ends the step; reports 1.0 unless that has been done. Does nothing when muted or unheard.
     void finish();

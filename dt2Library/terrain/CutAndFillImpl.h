@@ -30,7 +30,6 @@ public:
     bool go();
     const std::vector<std::unique_ptr<CAF_Component>>& getComponents() const { return vComponents; }
     /// NULL when there is no result.
-    const Zone2* getCommonZone() const { return pCombinedZone; }
     Zone2* getCommonZone() { return pCombinedZone; }
     const SurfaceHeights& getHeights() const { return heights; }
     Progress& getProgress() { return progress; }

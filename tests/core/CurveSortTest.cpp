@@ -50,7 +50,9 @@ TEST(CurveSort, PairsComeOutByIndexThenPositionOnAnyNumberOfThreads)
                 if (bShuffled) std::shuffle(vInput.begin(), vInput.end(), random);
                 IdxPairs vExpected = vInput;
                 std::sort(vExpected.begin(), vExpected.end());
-                const auto areEqual = [](const IdxPos& a, const IdxPos& b) { return !(a < b) && !(b < a); };
+                const auto areEqual = [](const KeyedPosition& a, const KeyedPosition& b) {
+                    return !(a < b) && !(b < a);
+                };
                 for (const int numCPU : {1, 2, 7}) {
                     IdxPairs vPairs = vInput;
                     sortPairs(vPairs, numCPU);
@@ -63,9 +65,9 @@ TEST(CurveSort, PairsComeOutByIndexThenPositionOnAnyNumberOfThreads)
 
 TEST(CurveSort, IndexAndPositionShareAPairWithoutTouching)
 {
-    const IdxPos last((1u << 30) - 1, IdxPos::maxPositions - 1);
-    EXPECT_TRUE(last.idx() == (1u << 30) - 1 && last.position() == IdxPos::maxPositions - 1);
-    EXPECT_TRUE(IdxPos(1, IdxPos::maxPositions - 1) < IdxPos(2, 0));
+    const KeyedPosition last((1u << 30) - 1, KeyedPosition::maxPositions - 1);
+    EXPECT_TRUE(last.key() == (1u << 30) - 1 && last.position() == KeyedPosition::maxPositions - 1);
+    EXPECT_TRUE(KeyedPosition(1, KeyedPosition::maxPositions - 1) < KeyedPosition(2, 0));
 }
 
 TEST(CurveSort, ItemsComeOutActiveFirstOnOneThreadAndByStretchOnFour)

@@ -20,7 +20,7 @@ TEST(PointBlocks, DrainedCloudIsTwiceInMemoryOrInDisorder)
     source.arrange(vPairs);
     for (std::size_t i = 0; i < n; ++i) {
         ASSERT_EQ(vPairs[i].position(), i);
-        ASSERT_EQ(vPairs[i].idx(), i);
+        ASSERT_EQ(vPairs[i].key(), i);
         Point2 vertex;
         source.fill(i, &vertex);
         ASSERT_EQ(vertex.x(), static_cast<double>(i * step % n));

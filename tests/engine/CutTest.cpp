@@ -28,8 +28,8 @@ struct Scene
 };
 
 /// Points on a grid or anywhere; knives that end at vertices, on edges, inside and outside, and cross each other and
-/// constraints. On a slanted grid straight lines are straight but for rounding, so that slivers are everywhere; the surface is
-/// a plane then, because across a sliver heights may change abruptly.
+/// constraints. On a slanted grid straight lines are straight but for rounding, so that slivers are everywhere; the
+/// surface is a plane then, because across a sliver heights may change abruptly.
 Scene makeScene(oracles::Dice& dice, bool bGrid, double slant)
 {
     constexpr int size = 8;

@@ -83,8 +83,8 @@ double longestEdge(const Triangle2& t)
     return std::sqrt(sq);
 }
 
-/// The plane allows no more; a small angle between two constraints in the triangle; or, beside such a corner, a shortest edge that joins two
-/// constraints, at equal distances from one of the given sharp corners.
+/// The plane allows no more; a small angle between two constraints in the triangle; or, beside such a corner, a shortest
+/// edge that joins two constraints, at equal distances from one of the given sharp corners.
 bool isGivenUp(const Lumo_2D& lumo, Triangle2* pT, double angle, const std::vector<Point2>& vSharp)
 {
     if (std::min({pT->getInteriorAngle2D(0), pT->getInteriorAngle2D(1), pT->getInteriorAngle2D(2)}) > 29.5) return true;

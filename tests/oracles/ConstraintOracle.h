@@ -26,7 +26,8 @@ struct GivenConstraint
 /// locally Delaunay (with bConforming, all are), alive constraints are edges and owned; every segment that was given is
 /// covered, end to end, by a path of alive ones whose vertices lie within maxSnaps times four units in the last place of
 /// it; chains of rings and of oriented graphs are consecutive and run the right way (of rings that are given
-/// oriented, all segments must be in the same sense). Without area, the hierarchy alone is looked at. Returns an empty text when all is well.
+/// oriented, all segments must be in the same sense). Without area, the hierarchy alone is looked at. Returns an empty
+/// text when all is well.
 std::string constraintFault(const ORBI_LUMO25D::Lumo_2D& lumo, const std::vector<GivenConstraint>& vGiven,
                             double maxSnaps = 1.0, bool bConforming = false);
 

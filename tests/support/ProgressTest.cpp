@@ -71,6 +71,7 @@ TEST(ProgressTest, MovingTotalsAndMutedStepsKeepTheFractionsRight)
     progress.suppress(); // around a nested operation, which must not disturb the outer step
     progress.start("nested", 50);
     progress.step(17);
+    progress.addToTotal(8);
     progress.finish();
     progress.unsuppress();
     progress.step(7); // overshoots: reported as 1, once until the next start
