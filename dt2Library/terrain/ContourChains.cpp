@@ -1,7 +1,6 @@
 #include "terrain/ContourChains.h"
 
 #include "freeFunctions.h"
-#include "support/check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,10 +12,10 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-std::uint64_t hashOf(double x, double y)
+std::uint64_t hashOf(const PlanarPoint& p)
 {
-    // -0.0 equals 0.0 and must meet it in the table.
-    const double aXY[2] = {x + 0.0, y + 0.0};
+    // -0.0 equals 0.0 and must have the same value.
+    const double aXY[2] = {p.x + 0.0, p.y + 0.0};
     std::uint64_t aBits[2];
     std::memcpy(aBits, aXY, sizeof aBits);
     std::uint64_t h = aBits[0] * 0x9e3779b97f4a7c15ULL;
@@ -24,138 +23,174 @@ std::uint64_t hashOf(double x, double y)
     return h ^ (h >> 32U);
 }
 
+/// The end of a piece at a point, ContourChains' number for it; none inside a piece.
+std::size_t endAt(std::size_t point, const std::vector<ContourPiece>& vPieces, std::size_t none)
+{
+    const auto after = std::upper_bound(vPieces.begin(), vPieces.end(), point,
+                                        [](std::size_t i, const ContourPiece& piece) { return i < piece.first; });
+    const ContourPiece& piece = *(after - 1);
+    const auto number = 2 * static_cast<std::size_t>(after - 1 - vPieces.begin());
+    if (piece.bClosed) return none;
+    if (point == piece.first) return number;
+    return point + 1 == piece.end ? number + 1 : none;
+}
+
 } // namespace
 
-ContourChains::ContourChains(const std::vector<PlanarSegment>& vSegments) : numSegments(vSegments.size())
+bool ContourChains::join(const std::vector<PlanarPoint>& vPoints, const std::vector<ContourPiece>& vPieces)
 {
-    const std::size_t n = numSegments;
-    LUMO_CHECK(n < none / 4, "vSegments.size()<none/4");
-    std::size_t tableSize = 16;
-    while (tableSize < 4 * n) tableSize *= 2; // at most two nodes a segment, usually one
-    vTable.assign(tableSize, none);
-    vNodes.reserve(n + n / 8 + 2);
-    vEnds.resize(2 * n);
-    vDone.assign(n, false);
-    for (std::uint32_t i = 0; i < n && !bBranching; ++i) {
-        for (const int end : {0, 1}) addEnd(i, end, vSegments[i].aX[end], vSegments[i].aY[end]);
+    vChains.clear();
+    vJoined.clear();
+    findSuspects(vPoints);
+    if (!findPartners(vPoints, vPieces)) return false;
+    vDone.assign(vPieces.size(), false);
+    for (std::size_t end = 0; end < vPartners.size(); ++end) { // of polylines
+        const bool bOpen = !vPieces[end / 2].bClosed && vPartners[end] == none;
+        if (bOpen && !vDone[end / 2]) concatenate(end, vPoints, vPieces);
+    }
+    for (std::size_t i = 0; i < vPieces.size(); ++i) {
+        if (!vDone[i]) concatenate(2 * i, vPoints, vPieces);
+    }
+    std::sort(vChains.begin(), vChains.end(), [](const Chain& a, const Chain& b) {
+        return a.bClosed != b.bClosed ? b.bClosed : a.startPoint() < b.startPoint();
+    });
+    return true;
+}
+
+/// All points that are equal to others, and a few more.
+void ContourChains::findSuspects(const std::vector<PlanarPoint>& vPoints)
+{
+    std::size_t numWords = 16;
+    while (numWords < vPoints.size() / 4) numWords *= 2; // at least 16 bits for a point
+    const std::uint64_t mask = 64 * numWords - 1;
+    vSeen.assign(numWords, 0);
+    vShared.assign(numWords, 0);
+    for (const PlanarPoint& p : vPoints) {
+        const std::uint64_t slot = hashOf(p) & mask, bit = std::uint64_t(1) << (slot % 64);
+        vShared[slot / 64] |= vSeen[slot / 64] & bit;
+        vSeen[slot / 64] |= bit;
+    }
+    vSuspects.clear();
+    for (std::size_t i = 0; i < vPoints.size(); ++i) {
+        const std::uint64_t slot = hashOf(vPoints[i]) & mask;
+        if ((vShared[slot / 64] >> (slot % 64) & 1U) != 0) vSuspects.push_back(i);
     }
 }
 
-std::uint32_t ContourChains::nodeOf(double x, double y)
+/// Two equal points must be ends of pieces, which are joined there; anything else is a branching.
+bool ContourChains::findPartners(const std::vector<PlanarPoint>& vPoints, const std::vector<ContourPiece>& vPieces)
 {
-    const std::size_t mask = vTable.size() - 1;
-    std::size_t slot = hashOf(x, y) & mask;
-    for (; vTable[slot] != none; slot = (slot + 1) & mask) {
-        if (vNodes[vTable[slot]].isAt(x, y)) return vTable[slot];
+    vPartners.assign(2 * vPieces.size(), none);
+    std::sort(vSuspects.begin(), vSuspects.end(),
+              [&](std::size_t a, std::size_t b) { return vPoints[a] < vPoints[b]; });
+    for (std::size_t i = 0; i + 1 < vSuspects.size(); ++i) {
+        const PlanarPoint& p = vPoints[vSuspects[i]];
+        if (p != vPoints[vSuspects[i + 1]]) continue;
+        if (i + 2 < vSuspects.size() && p == vPoints[vSuspects[i + 2]]) return false;
+        const std::size_t a = endAt(vSuspects[i], vPieces, none), b = endAt(vSuspects[i + 1], vPieces, none);
+        if (a == none || b == none) return false;
+        vPartners[a] = b;
+        vPartners[b] = a;
     }
-    vTable[slot] = static_cast<std::uint32_t>(vNodes.size());
-    vNodes.push_back({x, y, {none, none}});
-    return vTable[slot];
+    return true;
 }
 
-void ContourChains::addEnd(std::uint32_t segment, int end, double x, double y)
+/// Makes a chain of the piece with that end and of all that follow it. For a polyline it must be an end without a partner.
+void ContourChains::concatenate(std::size_t end, const std::vector<PlanarPoint>& vPoints,
+                                const std::vector<ContourPiece>& vPieces)
 {
-    const std::uint32_t node = nodeOf(x, y);
-    vEnds[2 * segment + static_cast<std::uint32_t>(end)] = node;
-    std::uint32_t* const aAtNode = vNodes[node].aSegments;
-    if (aAtNode[0] == none) {
-        aAtNode[0] = segment;
-    } else if (aAtNode[1] == none) {
-        aAtNode[1] = segment;
-    } else {
-        bBranching = true;
+    const ContourPiece& only = vPieces[end / 2];
+    if (vPartners[end] == none && vPartners[end ^ 1U] == none) {
+        vDone[end / 2] = true;
+        addChain(&vPoints[only.first], only.end - only.first, only.bClosed);
+        return;
     }
+    vJoined.reserve(vPoints.size()); // so that no chain's points move
+    const std::size_t first = vJoined.size();
+    std::size_t from = end;
+    do {
+        vDone[from / 2] = true;
+        const ContourPiece& piece = vPieces[from / 2];
+        const std::size_t skip = from == end ? 0 : 1; // the point where they are joined
+        const auto begin = vPoints.begin() + static_cast<std::ptrdiff_t>(piece.first);
+        const auto size = static_cast<std::ptrdiff_t>(piece.end - piece.first);
+        if (from % 2 == 0) {
+            vJoined.insert(vJoined.end(), begin + static_cast<std::ptrdiff_t>(skip), begin + size);
+        } else {
+            const auto rBegin = std::make_reverse_iterator(begin + size);
+            vJoined.insert(vJoined.end(), rBegin + static_cast<std::ptrdiff_t>(skip), rBegin + size);
+        }
+        from = vPartners[from ^ 1U];
+    } while (from != none && from != end);
+    if (from == end) vJoined.pop_back(); // the first one again
+    addChain(&vJoined[first], vJoined.size() - first, from == end);
 }
 
-void ContourChains::append(double height, std::vector<std::vector<Segment2>>& vvContours)
+void ContourChains::addChain(const PlanarPoint* aPoints, std::size_t size, bool bClosed)
 {
-    const auto byPoint = [this](std::uint32_t a, std::uint32_t b) { return vNodes[a] < vNodes[b]; };
-    std::vector<std::uint32_t> vStarts;
-    for (std::uint32_t i = 0; i < vNodes.size(); ++i) {
-        if (vNodes[i].aSegments[1] == none) vStarts.push_back(i);
+    Chain chain{aPoints, size, bClosed, 0, false};
+    if (bClosed) {
+        orient(chain);
+    } else if (aPoints[size - 1] < aPoints[0]) {
+        chain.start = size - 1;
+        chain.bBackward = true;
     }
-    std::sort(vStarts.begin(), vStarts.end(), byPoint);
-    for (const std::uint32_t start : vStarts) {
-        const std::uint32_t segment = vNodes[start].aSegments[0];
-        if (!vDone[segment]) vvContours.push_back(walk(start, segment, 0, height));
-    }
-
-    const std::vector<bool> vInOpenChain = vDone;
-    std::vector<Ring> vRings;
-    for (std::uint32_t i = 0; i < numSegments; ++i) {
-        if (!vDone[i]) vRings.push_back(goRound(i));
-    }
-    vDone = vInOpenChain;
-    std::sort(vRings.begin(), vRings.end(), [&](const Ring& a, const Ring& b) { return byPoint(a.start, b.start); });
-    for (const Ring& ring : vRings) vvContours.push_back(walk(ring.start, ring.segment, ring.size, height));
+    vChains.push_back(chain);
 }
 
-/// Marks the ring's segments as done.
+/// Finds the smallest point, and the direction.
 ///
 /// It is the area that tells the direction: where triangles are so thin that rounded points make a ring cross itself, the
 /// turn at one point may belong to a loop of a few units in the last place.
-ContourChains::Ring ContourChains::goRound(std::uint32_t segment)
+void ContourChains::orient(Chain& ring)
 {
-    std::uint32_t node = vEnds[2 * segment];
-    const Node& origin = vNodes[node];
-    std::uint32_t smallest = node, forward = segment, backward = none;
-    double area = 0.0, areaOfTerms = 0.0;
-    std::size_t size = 0;
-    while (!vDone[segment]) {
-        vDone[segment] = true;
-        ++size;
-        const double fromX = vNodes[node].x - origin.x, fromY = vNodes[node].y - origin.y;
-        node = farNode(segment, node);
-        const double toX = vNodes[node].x - origin.x, toY = vNodes[node].y - origin.y;
+    const PlanarPoint origin = ring.aPoints[0];
+    double area = 0.0, areaOfTerms = 0.0, fromX = 0.0, fromY = 0.0;
+    for (std::size_t i = 1; i < ring.size; ++i) {
+        const PlanarPoint& p = ring.aPoints[i];
+        const double toX = p.x - origin.x, toY = p.y - origin.y;
         area += fromX * toY - fromY * toX;
         areaOfTerms += std::fabs(fromX * toY) + std::fabs(fromY * toX);
-        const std::uint32_t next = otherSegment(node, segment);
-        const bool bBackAgain = backward == none && vDone[next];
-        if (bBackAgain || vNodes[node] < vNodes[smallest]) {
-            smallest = node;
-            backward = segment;
-            forward = next;
-        }
-        segment = next;
+        fromX = toX;
+        fromY = toY;
+        if (p < ring.startPoint()) ring.start = i;
     }
     constexpr double unsure = 1e-9; // of the terms' sum: more than rounding makes of a million of them
-    if (area > unsure * areaOfTerms) return {smallest, forward, size};
-    if (area < -unsure * areaOfTerms) return {smallest, backward, size};
-    return {smallest, counterclockwiseSegment(smallest), size};
+    ring.bBackward = std::fabs(area) > unsure * areaOfTerms ? area < 0.0 : !turnsLeft(ring);
 }
 
 /// By the turn at the start, which decides it for every ring that doesn't cross itself.
-std::uint32_t ContourChains::counterclockwiseSegment(std::uint32_t start) const
+bool ContourChains::turnsLeft(const Chain& ring)
 {
-    const std::uint32_t* const aAtNode = vNodes[start].aSegments;
-    const Point2 point = vNodes[start].pointAt(0.0);
-    const Point2 a = vNodes[farNode(aAtNode[0], start)].pointAt(0.0);
-    const Point2 b = vNodes[farNode(aAtNode[1], start)].pointAt(0.0);
-    switch (getOrientation2_mt(&point, &a, &b)) {
+    const Point2 start = ring.startPoint().at(0.0);
+    const Point2 a = ring.aPoints[ring.after(ring.start)].at(0.0);
+    const Point2 b = ring.aPoints[ring.before(ring.start)].at(0.0);
+    switch (getOrientation2_mt(&start, &a, &b)) {
     case ORIENTATION2_CCW:
-        return aAtNode[0];
+        return true;
     case ORIENTATION2_CW:
-        return aAtNode[1];
+        return false;
     case ORIENTATION2_COLLINEAR:
         break; // the ring runs back along itself
     }
-    return a.y() < b.y() ? aAtNode[0] : aAtNode[1];
+    return a.y() < b.y();
 }
 
-std::vector<Segment2> ContourChains::walk(std::uint32_t start, std::uint32_t segment, std::size_t expectedSize,
-                                          double height)
+void ContourChains::append(double height, std::vector<std::vector<Segment2>>& vvContours) const
 {
-    std::vector<Segment2> vChain;
-    vChain.reserve(expectedSize);
-    std::uint32_t node = start;
-    while (segment != none && !vDone[segment]) {
-        vDone[segment] = true;
-        const std::uint32_t next = farNode(segment, node);
-        vChain.emplace_back(vNodes[node].pointAt(height), vNodes[next].pointAt(height));
-        node = next;
-        segment = otherSegment(node, segment);
+    vvContours.reserve(std::max(vvContours.size() + vChains.size(), vvContours.capacity()));
+    for (const Chain& chain : vChains) {
+        const std::size_t numSegments = chain.bClosed ? chain.size : chain.size - 1;
+        std::vector<Segment2>& vSegments = vvContours.emplace_back();
+        vSegments.reserve(numSegments);
+        Point2 from = chain.startPoint().at(height);
+        for (std::size_t i = chain.start; vSegments.size() < numSegments;) {
+            i = chain.bBackward ? chain.before(i) : chain.after(i);
+            const Point2 to = chain.aPoints[i].at(height);
+            vSegments.emplace_back(from, to);
+            from = to;
+        }
     }
-    return vChain;
 }
 
 } // namespace ORBI_LUMO25D

@@ -2,6 +2,8 @@
 #define LUMO25D_TERRAIN_CONTOURCHAINS_H
 
 #include "Segment2.h"
+#include "terrain/ContourTracer.h"
+#include "terrain/PlanarPoint.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,68 +12,51 @@
 namespace ORBI_LUMO25D
 {
 
-/// A segment of a contour, without its height: what is looked at often is small.
-struct PlanarSegment
-{
-    double aX[2], aY[2]; ///< of both ends
-};
-
-/// Joins segments of one height, given in any order and direction, into polylines and polygons. Ends count as one point
-/// when they are equal in x and y.
+/// Joins the pieces of one height's contours into polylines and polygons, where their ends are equal in x and y.
 ///
-/// Points become numbers by a hash table, so that the time is linear but for the sort of the chains by their starts.
+/// Only points that may be equal are compared: a table with bits for hash values tells which have theirs for themselves. The
+/// time is linear in the points, but for sorts of the joined ends and of the chains by their starts. An object keeps its
+/// memory for the next height.
 class ContourChains
 {
 public:
-    explicit ContourChains(const std::vector<PlanarSegment>& vSegments);
-
-    /// True when more than two segments end at one point: then there are no chains to be had.
-    bool isBranching() const { return bBranching; }
+    /// False when more than two segments end at one point: then there are no chains to be had. The points must stay until
+    /// the chains are written.
+    bool join(const std::vector<PlanarPoint>& vPoints, const std::vector<ContourPiece>& vPieces);
     /// Appends the chains: open ones by their starts, each from the smaller end; then closed ones by their starts, each
     /// counterclockwise from its smallest point. All points get that height.
-    void append(double height, std::vector<std::vector<Segment2>>& vvContours);
+    void append(double height, std::vector<std::vector<Segment2>>& vvContours) const;
 
 private:
-    static constexpr std::uint32_t none = 0xffffffffU;
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    struct Node
+    struct Chain
     {
-        double x, y;
-        std::uint32_t aSegments[2]; ///< in the order of the segments; none where there is no second one
-
-        bool isAt(double px, double py) const { return x == px && y == py; }
-        bool operator<(const Node& other) const { return x < other.x || (x == other.x && y < other.y); }
-        Point2 pointAt(double height) const { return Point2(x, y, height); }
-    };
-
-    /// A closed chain with its smallest point, where it is entered counterclockwise.
-    struct Ring
-    {
-        std::uint32_t start, segment;
+        const PlanarPoint* aPoints;
         std::size_t size;
+        bool bClosed;
+        std::size_t start; ///< where it is to begin
+        bool bBackward;
+
+        const PlanarPoint& startPoint() const { return aPoints[start]; }
+        std::size_t after(std::size_t i) const { return i + 1 == size ? 0 : i + 1; }
+        std::size_t before(std::size_t i) const { return i == 0 ? size - 1 : i - 1; }
     };
 
-    std::uint32_t nodeOf(double x, double y);
-    void addEnd(std::uint32_t segment, int end, double x, double y);
-    std::uint32_t farNode(std::uint32_t segment, std::uint32_t node) const
-    {
-        return vEnds[2 * segment] == node ? vEnds[2 * segment + 1] : vEnds[2 * segment];
-    }
-    std::uint32_t otherSegment(std::uint32_t node, std::uint32_t segment) const
-    {
-        const std::uint32_t* const aAtNode = vNodes[node].aSegments;
-        return aAtNode[0] == segment ? aAtNode[1] : aAtNode[0];
-    }
-    Ring goRound(std::uint32_t segment);
-    std::uint32_t counterclockwiseSegment(std::uint32_t start) const;
-    std::vector<Segment2> walk(std::uint32_t start, std::uint32_t segment, std::size_t expectedSize, double height);
+    void findSuspects(const std::vector<PlanarPoint>& vPoints);
+    bool findPartners(const std::vector<PlanarPoint>& vPoints, const std::vector<ContourPiece>& vPieces);
+    void concatenate(std::size_t end, const std::vector<PlanarPoint>& vPoints,
+                     const std::vector<ContourPiece>& vPieces);
+    void addChain(const PlanarPoint* aPoints, std::size_t size, bool bClosed);
+    static void orient(Chain& ring);
+    static bool turnsLeft(const Chain& ring);
 
-    std::size_t numSegments;
-    std::vector<Node> vNodes;
-    std::vector<std::uint32_t> vTable; ///< numbers of nodes, by the hash of their points; its size is a power of two
-    std::vector<std::uint32_t> vEnds;  ///< the nodes of segment i are 2 i and 2 i + 1
-    std::vector<bool> vDone;           ///< segments that are in a chain
-    bool bBranching = false;
+    std::vector<Chain> vChains;
+    std::vector<PlanarPoint> vJoined;          ///< the points of chains made of several pieces
+    std::vector<std::uint64_t> vSeen, vShared; ///< a bit for each hash value: of one point, of several
+    std::vector<std::size_t> vSuspects;        ///< points that share their hash value with others
+    std::vector<std::size_t> vPartners; ///< the joined ends; ends 2 i and 2 i + 1 are the first and last of piece i
+    std::vector<bool> vDone;            ///< pieces that are in a chain
 };
 
 } // namespace ORBI_LUMO25D

@@ -5,10 +5,13 @@
 #include "support/check.h"
 #include "support/messages.h"
 #include "terrain/ContourChains.h"
+#include "terrain/ContourTracer.h"
 #include "terrain/HeightIndex.h"
+#include "terrain/PlanarPoint.h"
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <sstream>
 
 namespace ORBI_LUMO25D
@@ -37,30 +40,6 @@ private:
     Point2 rowX, rowY, rowZ;
 };
 
-/// The coordinate at a height on an edge from a to b, where az < height < bz.
-double coordinateAt(double a, double b, double az, double bz, double height)
-{
-    const double slope = (b - a) / (bz - az);
-    double result = a + slope * (height - az);
-    if (!std::isfinite(slope) || !std::isfinite(result)) {
-        // Differences beyond the largest double, or heights that almost coincide: long double has the exponents for them.
-        using Long = long double;
-        const Long la = Long(a), lz = Long(az);
-        result = static_cast<double>(la + (Long(b) - la) / (Long(bz) - lz) * (Long(height) - lz));
-    }
-    const auto [low, high] = std::minmax(a, b);
-    return std::clamp(result, low, high);
-}
-
-/// Where the edge between two vertices has the height.
-void placeAt(const Point2* pA, const Point2* pB, double height, double& x, double& y)
-{
-    // From the lower end, whoever asks: both triangles of an edge get the same point.
-    if (pB->z() < pA->z()) std::swap(pA, pB);
-    x = coordinateAt(pA->x(), pB->x(), pA->z(), pB->z(), height);
-    y = coordinateAt(pA->y(), pB->y(), pA->z(), pB->z(), height);
-}
-
 /// What a plane and a triangle have in common.
 struct Section
 {
@@ -69,21 +48,20 @@ struct Section
     Point2 a, b;
 };
 
-Section sectionOf(const HeightIndex::Corners& t, double height)
+Section sectionOf(const Triangle2& t, double height)
 {
     Section s;
     Point2 aPoints[3];
     int numPoints = 0;
     for (int i = 0; i < 3; ++i) {
-        const Point2* p = t[static_cast<std::size_t>(i)];
-        const Point2* pNext = t[static_cast<std::size_t>(incIndexBy1(i))];
+        const Point2* const p = t.corner(i);
+        const Point2* const pNext = t.corner(incIndexBy1(i));
         if (p->z() == height) {
             ++s.numCornersIn;
             aPoints[numPoints++] = *p;
         } else if (pNext->z() != height && (p->z() < height) != (pNext->z() < height)) {
-            double x = 0.0, y = 0.0;
-            placeAt(p, pNext, height, x, y);
-            aPoints[numPoints++].setCoords(x, y, height);
+            const bool bUp = p->z() < height;
+            aPoints[numPoints++] = placeAt(bUp ? *p : *pNext, bUp ? *pNext : *p, height).at(height);
         }
     }
     // One point: the plane touches a corner, or both points are the same in rounding.
@@ -134,6 +112,20 @@ const char* const inaccurate = "Bad numerical accuracy at height z=";
 
 } // namespace
 
+/// What a query for contours works with. Large enough to be kept for the next one.
+struct ContourQuery
+{
+    explicit ContourQuery(const HeightIndex& index) : tracer(index) {}
+
+    /// False at the height of a vertex.
+    bool trace(double height) { return tracer.trace(height); }
+    /// False where there are branches.
+    bool join() { return chains.join(tracer.points(), tracer.pieces()); }
+
+    ContourTracer tracer;
+    ContourChains chains;
+};
+
 /// The triangles, turned for profiles, with their index.
 class IsoContoursImpl
 {
@@ -147,22 +139,42 @@ public:
     const HeightIndex& getIndex() const { return index; }
     const Turn* getTurn() const { return pTurn.get(); }
 
-    /// The contours' segments. False when a vertex has this height.
-    bool cut(double height, std::vector<PlanarSegment>& vSegments) const;
+    /// One that is idle, or a new one: several threads may ask at once. What isn't given back, as after an exception, is
+    /// no loss.
+    std::unique_ptr<ContourQuery> takeQuery();
+    void giveBack(std::unique_ptr<ContourQuery> pQuery);
+
+    /// The number to add to a height that can't be cut so that it can; the query has the contours there then, and
+    /// bChains tells whether they were joined.
+    double findNoise(double height, ContourQuery& query, bool& bChains) const;
     /// The segments of a profile. False when a triangle lies in the plane.
     bool cutThrough(double height, std::vector<Segment2>& vSegments) const;
-    /// The number to add to a height that can't be cut so that it can, with the segments there.
-    double findNoise(double height, std::vector<PlanarSegment>& vSegments) const;
 
 private:
     std::vector<Triangle2*> turned(const std::vector<Point2>& vCorners);
-    bool cutApart(double height, double resolution, std::vector<PlanarSegment>& vSegments, bool& bApart) const;
 
     std::unique_ptr<Turn> pTurn;
     std::vector<Point2> vTurnedPoints;
     std::vector<Triangle2> vTurnedTriangles;
     HeightIndex index;
+    std::mutex mtxIdle;
+    std::vector<std::unique_ptr<ContourQuery>> vIdle;
 };
+
+std::unique_ptr<ContourQuery> IsoContoursImpl::takeQuery()
+{
+    const std::lock_guard<std::mutex> lock(mtxIdle);
+    if (vIdle.empty()) return std::make_unique<ContourQuery>(index);
+    std::unique_ptr<ContourQuery> pQuery = std::move(vIdle.back());
+    vIdle.pop_back();
+    return pQuery;
+}
+
+void IsoContoursImpl::giveBack(std::unique_ptr<ContourQuery> pQuery)
+{
+    const std::lock_guard<std::mutex> lock(mtxIdle);
+    vIdle.push_back(std::move(pQuery));
+}
 
 std::vector<Triangle2*> IsoContoursImpl::turned(const std::vector<Point2>& vCorners)
 {
@@ -181,57 +193,30 @@ std::vector<Triangle2*> IsoContoursImpl::turned(const std::vector<Point2>& vCorn
     return vT;
 }
 
-bool IsoContoursImpl::cut(double height, std::vector<PlanarSegment>& vSegments) const
-{
-    bool bApart = true;
-    return cutApart(height, 0.0, vSegments, bApart);
-}
-
-/// bApart: both ends of each segment are further apart than the resolution, and no segment has shrunk to a point.
-bool IsoContoursImpl::cutApart(double height, double resolution, std::vector<PlanarSegment>& vSegments,
-                               bool& bApart) const
-{
-    vSegments.clear();
-    bApart = true;
-    return index.forEachAt(height, [&](const HeightIndex::Corners& t) {
-        const double z0 = t[0]->z(), z1 = t[1]->z(), z2 = t[2]->z();
-        if (z0 == height || z1 == height || z2 == height) return false;
-        // One corner is alone on its side of the plane, and its two edges are cut.
-        const bool b0 = z0 < height, b1 = z1 < height, b2 = z2 < height;
-        const std::size_t alone = b1 == b2 ? 0 : (b0 == b2 ? 1 : 2);
-        PlanarSegment s{};
-        placeAt(t[alone], t[alone == 2 ? 0 : alone + 1], height, s.aX[0], s.aY[0]);
-        placeAt(t[alone], t[alone == 0 ? 2 : alone - 1], height, s.aX[1], s.aY[1]);
-        const double length = std::max(std::fabs(s.aX[0] - s.aX[1]), std::fabs(s.aY[0] - s.aY[1]));
-        if (length > 0.0) vSegments.push_back(s);
-        if (length <= resolution) bApart = false;
-        return true;
-    });
-}
-
 bool IsoContoursImpl::cutThrough(double height, std::vector<Segment2>& vSegments) const
 {
     vSegments.clear();
     std::vector<Segment2> vEdges; // in the plane: both of their triangles have them
-    const bool bOK = index.forEachAt(height, [&](const HeightIndex::Corners& t) {
-        const Section s = sectionOf(t, height);
+    HeightIndex::Found found;
+    index.findAt(height, found);
+    for (std::size_t i = 0; i < found.size; ++i) {
+        const Section s = sectionOf(*index.triangle(found.vNumbers[i]), height);
         if (s.numCornersIn == 3) return false;
-        if (!s.bSegment) return true;
+        if (!s.bSegment) continue;
         if (s.numCornersIn == 2) {
             vEdges.emplace_back(std::min(s.a, s.b), std::max(s.a, s.b));
         } else {
             vSegments.emplace_back(s.a, s.b);
         }
-        return true;
-    });
+    }
     std::sort(vEdges.begin(), vEdges.end(),
               [](const Segment2& a, const Segment2& b) { return Func_compareSegment()(&a, &b); });
     vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
     vSegments.insert(vSegments.end(), vEdges.begin(), vEdges.end());
-    return bOK;
+    return true;
 }
 
-double IsoContoursImpl::findNoise(double height, std::vector<PlanarSegment>& vSegments) const
+double IsoContoursImpl::findNoise(double height, ContourQuery& query, bool& bChains) const
 {
     // Points at least this far apart differ in their coordinates. They move apart by the noise over the slope: no slope is
     // so small that less than `useful` would do, and beyond `most` it's not the noise that is missing.
@@ -243,16 +228,16 @@ double IsoContoursImpl::findNoise(double height, std::vector<PlanarSegment>& vSe
     for (double add = firstNoise(height); firstFree == 0.0 || add <= most; add *= 2.0) {
         LUMO_CHECK(height + add > height, "height+add>height");
         if (firstFree > 0.0 && add < useful) continue;
-        bool bApart = true;
-        if (!cutApart(height + add, resolution, vSegments, bApart)) continue;
-        const bool bChains = !ContourChains(vSegments).isBranching();
-        if (bChains && bApart) return add;
+        if (!query.trace(height + add)) continue;
+        bChains = query.join();
+        if (bChains && query.tracer.shortestSection() > resolution) return add;
         if (bChains && firstChain == 0.0) firstChain = add;
         if (firstFree == 0.0) firstFree = add;
     }
     // Triangles as thin as the rounding stay so at any height.
     const double add = firstChain > 0.0 ? firstChain : firstFree;
-    cut(height + add, vSegments);
+    query.trace(height + add);
+    bChains = query.join();
     return add;
 }
 
@@ -283,26 +268,23 @@ double IsoContours::getMaxHeight() const
 bool IsoContours::getContours(double height, std::vector<std::vector<Segment2>>& vvContours, bool bVerbose,
                               bool bAutoNoise) const
 {
-    std::vector<PlanarSegment> vSegments;
-    const bool bFree = pImpl->cut(height, vSegments);
-    if (!bFree && !bAutoNoise) {
-        if (bVerbose) warnOfContours(degenerate, height);
-        vvContours.clear();
-        return false;
-    }
-    auto pChains = std::make_unique<ContourChains>(vSegments);
-    if (bAutoNoise && (!bFree || pChains->isBranching())) {
-        const double add = pImpl->findNoise(height, vSegments);
+    std::unique_ptr<ContourQuery> pQuery = pImpl->takeQuery();
+    bool bFree = pQuery->trace(height); // of vertices
+    bool bChains = bFree && pQuery->join();
+    if (bAutoNoise && !bChains) {
+        const double add = pImpl->findNoise(height, *pQuery, bChains);
         if (bVerbose) warnOfNoise(height, add);
         height += add;
-        pChains = std::make_unique<ContourChains>(vSegments);
+        bFree = true;
     }
-    if (pChains->isBranching()) {
-        if (bVerbose) warnOfContours(inaccurate, height);
-        return false;
+    if (bChains) {
+        pQuery->chains.append(height, vvContours);
+    } else {
+        if (bVerbose) warnOfContours(bFree ? inaccurate : degenerate, height);
+        if (!bFree) vvContours.clear();
     }
-    pChains->append(height, vvContours);
-    return true;
+    pImpl->giveBack(std::move(pQuery));
+    return bChains;
 }
 
 void IsoContours::getProfile(const Point2& p, std::vector<Segment2>& vSegments) const

@@ -124,6 +124,43 @@ TEST(IsoContours, ChainsAreBrokenOrDifferFromAScanOfAllTriangles)
     }
 }
 
+// What triangles say of their neighbours only makes contours quicker: the same ones without it, with lies, in any order.
+TEST(IsoContours, NeighboursOrOrderInMemoryChangeTheContours)
+{
+    for (int seed = 0; seed < 60; ++seed) {
+        oracles::Dice dice(static_cast<std::uint64_t>(seed));
+        Lumo_2D lumo;
+        lumo.insert(dice.points(10 + 20 * seed, 100.0, 50.0));
+        std::vector<Triangle2*> vT, vCopies;
+        lumo.getTrianglePointers(vT);
+        dice.shuffle(vT);
+        if (vT.size() > 5) vT.resize(vT.size() - vT.size() / 20); // and with gaps
+        std::vector<Point2> vCorners(3 * vT.size());
+        std::vector<Triangle2> vSoup(vT.size());
+        for (std::size_t i = 0; i < vT.size(); ++i) {
+            Point2* const aCorners = &vCorners[3 * i];
+            for (int k = 0; k < 3; ++k) aCorners[k] = *vT[i]->corner(k);
+            vSoup[i].setProperties(&aCorners[0], &aCorners[1], &aCorners[2]);
+            vCopies.push_back(&vSoup[i]);
+        }
+        const IsoContours iso(vT), copies(vCopies);
+        for (const bool bLies : {false, true}) {
+            for (std::size_t i = 0; bLies && i < 3 * vSoup.size(); ++i)
+                vSoup[i / 3].setOppTriangle(static_cast<int>(i % 3), dice.of(vCopies));
+            for (const double height : {5.0, 20.0 + dice.real(), 40.0 * dice.real()}) {
+                Contours vvContours, vvOfCopies;
+                ASSERT_EQ(iso.getContours(height, vvContours, false, true),
+                          copies.getContours(height, vvOfCopies, false, true));
+                ASSERT_EQ(vvContours.size(), vvOfCopies.size());
+                for (std::size_t i = 0; i < vvContours.size(); ++i) {
+                    ASSERT_EQ(vvContours[i], vvOfCopies[i]);
+                    ASSERT_EQ(vvContours[i][0].src, vvOfCopies[i][0].src);
+                }
+            }
+        }
+    }
+}
+
 // Around a pit, a saddle and on a ridge the points have to come apart, wherever the surface lies.
 TEST(IsoContours, NoiseLeavesPointsTogether)
 {
