@@ -15,14 +15,16 @@ class Point2;
 class Triangle2;
 class Vector2;
 
-/// Cuts a set of triangles with planes: horizontal ones give contours, others profiles. One index answers many heights.
+/// Cuts a set of triangles with planes: horizontal ones give contours, others profiles. One index answers many heights;
+/// contours are followed from neighbour to neighbour where triangles know theirs, and joined by their points elsewhere.
 ///
 /// Guarantees
 /// 1. A contour's points lie on edges of the triangles, computed from the lower end of each edge: triangles that share an
 ///    edge, or two edges with the same ends, get the same point, bit for bit, and no chain is broken by rounding.
 /// 2. Polylines are as long as they can be; all their segments follow each other. Closed ones begin at their leftmost
 ///    point (of several, the lowest) and are counterclockwise, open ones begin at the smaller of their ends.
-/// 3. The object doesn't change after construction: several threads may ask it at once.
+/// 3. The object doesn't change after construction: several threads may ask it at once. It keeps the working memory of as
+///    many queries as have run at once: in the order of the index, 20 bytes a triangle, at most a few times that.
 ///
 /// A plane through a vertex has no clean section with the triangles there. getContours() therefore refuses, or moves, a
 /// height that some vertex has.
