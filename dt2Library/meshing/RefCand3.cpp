@@ -92,7 +92,6 @@ int RefCand3::Walk::run()
         }
         if (o == ORIENTATION2_COLLINEAR) {
             if (isAtCorner()) return atCorner;
-            if (isBarrier(side) && isOnTheWay(side)) return side;
             edgeBelow = side;
             --checks;
             continue;

@@ -303,6 +303,48 @@ TEST(MeshGenParamsTest, SteepTrianglesAreRefinedInVain)
     EXPECT_THAT(out.take(), HasSubstr("No guide"));
 }
 
+TEST(RefCand3, CircumcentresOnEdgesOrAtVerticesAndChangedTrianglesMislead)
+{
+    // On an edge: that of a constraint or of the hull stops the walk, another one is only told.
+    for (const int numPoints : {3, 4}) {
+        for (const bool bConstraint : {false, true}) {
+            const std::vector<Point2> v{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}};
+            Lumo_2D lumo;
+            lumo.insert(std::vector<Point2>(v.begin(), v.begin() + numPoints));
+            if (bConstraint) lumo.createConstraint({{v[1], v[2]}}, CIS_CONSTRAINED_DELAUNAY);
+            Triangle2* const pT = lumo.locate({1, 0.5, 0});
+            RefCand3 candidate(*lumo.getImpl(), pT);
+            candidate.computeSplitInfo();
+            const bool bStops = bConstraint || numPoints == 3;
+            EXPECT_EQ(candidate.getContainingAndIndex(), std::pair(pT, bStops ? pT->getMaxIndex() : -1));
+            EXPECT_EQ(candidate.getEdgeBelow(), pT->getMaxIndex());
+        }
+    }
+    // At a vertex, which no Delaunay triangle has: the diagonal between the two flat triangles is turned.
+    Domain kite(ring({{0, 0, 0}, {3, 4, 0}, {0, 5, 0}, {-3, 4, 0}}));
+    Dt2& dt2 = *kite.lumo.getImpl();
+    Triangle2* const pSide = kite.lumo.locate({1, 4, 0});
+    dt2.flip(pSide, pSide->getIntraTriangleIndex(dt2.vertexVault.getVertex({3, 4, 0})));
+    Triangle2* const pTop = kite.lumo.locate({0, 4.5, 0});
+    RefCand3 candidate(dt2, pTop);
+    candidate.computeSplitInfo();
+    EXPECT_EQ(candidate.getContainingAndIndex().second, RefCand3::atCorner);
+    MeshGenParams params(kite.pZone);
+    EXPECT_TRUE(candidate.isBlocked(RefinementLimits(params, nullptr)));
+    for (int i = 0; i < 3; ++i) {
+        Point2* const pCorner = pTop->getCorner(i);
+        EXPECT_TRUE(candidate.isAlive());
+        pTop->setVertexPointer(i, nullptr);
+        EXPECT_FALSE(candidate.isAlive()) << i;
+        pTop->setVertexPointer(i, pCorner);
+    }
+    // Of a size whose powers are no doubles, nothing can be told.
+    Domain huge(square(1e72));
+    MeshGenParams fine(huge.pZone);
+    fine.maxEdgeLength = 1.0;
+    EXPECT_FALSE(RefCand3(*huge.lumo.getImpl(), huge.triangles()[0]).needRefinement(RefinementLimits(fine, nullptr)));
+}
+
 TEST(MeshGenParamsTest, HeightsAreThoseOfTheGuideAndWithinItsTolerance)
 {
     oracles::Dice dice(5);
