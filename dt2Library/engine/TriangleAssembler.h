@@ -2,15 +2,13 @@
 #define LUMO25D_ENGINE_TRIANGLEASSEMBLER_H
 
 #include "core/SimplePool.h"
-#include "orbi_tools/BlockArray.h"
+#include "engine/SideLinker.h"
 #include "orbi_tools/PoolRange.h"
 
 #include "Point2.h"
 #include "Triangle2.h"
 
 #include <cstddef>
-#include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -20,17 +18,12 @@ class OrbiTest;
 
 /// Makes triangles in a pool of three vertex numbers each, and links them as neighbours while they come.
 ///
-/// A side waits at its source for the triangle that has it in the other direction. Those that wait at one vertex are
-/// chained through the very slots that will hold their neighbours: so linking takes no memory but one pointer for each
-/// vertex, and where triangles come in an order in which neighbours are near each other, chains are short and what is
-/// touched is in the cache. Where they aren't (thousands of triangles around one vertex in a bad order), sides are sorted.
-///
 /// The triangles go back to the pool with the assembler, unless they are kept.
 class TriangleAssembler
 {
 public:
-    using Index = std::int32_t;
-    using Edge = std::pair<Index, Index>;
+    using Index = SideLinker::Index;
+    using Edge = SideLinker::Edge;
 
     /// For vertices in a row that belong to no triangle yet. All that are handed in are in the range of the tests.
     TriangleAssembler(SimplePool<Triangle2>& pool, std::size_t numTriangles, Point2* aVertices_,
@@ -55,12 +48,8 @@ private:
         error = what;
         return false;
     }
-    bool addOne(const Index* aCorners);
-    void prefetchVertices(const Index* aCorners) const;
-    void prefetchWaiting(const Index* aCorners) const;
-    void link(Triangle2* pT, int ith, Index src, Index trg);
-    void endWaiting();
-    bool linkBySorting();
+    bool make(const Index* aCorners, std::size_t n);
+    bool makeOne(Point2* p0, Point2* p1, Point2* p2);
 
     PoolRange<Triangle2> triangles;
     Point2* aVertices;
@@ -68,8 +57,7 @@ private:
     const OrbiTest& orbiTest;
     std::size_t numAdded = 0;
     std::size_t numVerticesUsed = 0;
-    std::size_t numStepsLeft;        ///< along chains; at 0, they are given up
-    BlockArray<Triangle2*> aWaiting; ///< for each vertex the first triangle whose side waits there
+    SideLinker linker;
     std::vector<Edge> vBorder;
     const char* error = "";
 };

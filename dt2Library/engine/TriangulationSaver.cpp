@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 namespace ORBI_LUMO25D
@@ -81,18 +82,14 @@ void TriangulationSaver::addBordersToSegments()
     }
 }
 
-/// Brings the border edges into the order of their triangles.
 void TriangulationSaver::collectBorder(const std::vector<Edge2>& vBorder, std::vector<Index>& vZone) const
 {
-    using Place = std::pair<std::size_t, int>;
-    std::vector<std::pair<Place, const Edge2*>> vEdges;
-    for (const Edge2& edge : vBorder) {
-        vEdges.emplace_back(Place(dt2.poolTriangles.indexOf(edge.getTriangle()), edge.getIndex()), &edge);
-    }
+    std::vector<std::pair<Index, Index>> vEdges;
+    for (const Edge2& edge : vBorder) vEdges.emplace_back(numberOf(edge.getSrc()), numberOf(edge.getTrg()));
     std::sort(vEdges.begin(), vEdges.end());
-    for (const auto& [place, pEdge] : vEdges) {
-        vZone.push_back(numberOf(pEdge->getSrc()));
-        vZone.push_back(numberOf(pEdge->getTrg()));
+    for (const auto& [src, trg] : vEdges) {
+        vZone.push_back(src);
+        vZone.push_back(trg);
     }
 }
 
@@ -114,19 +111,50 @@ bool TriangulationSaver::collectMesh(const IsWanted& isWanted)
     if (dt2.numberOfTriangles() > maxCount) return fail("there are too many triangles for 32-bit counts");
     if (dt2.vertexVault.numActive() > maxCount) return fail("there are too many vertices for 32-bit counts");
     begin();
-    aCorners = BlockArray<Index>(3 * dt2.numberOfTriangles());
-    Index* pOut = aCorners.data();
-    dt2.poolTriangles.forEach([&](const Triangle2* pT) {
-        if (pT->corner(0) == nullptr || !isWanted(pT)) return;
-        for (int i = 0; i < 3; ++i) {
-            const Point2* const pVtx = pT->corner(i);
-            Index& number = aNumbers[dt2.poolVertices.indexOf(pVtx)];
-            if (number < 0) number = addVertex(pVtx);
-            *pOut++ = number;
+    const auto forEachWanted = [this, &isWanted](const auto& f) {
+        dt2.poolTriangles.forEach([&](const Triangle2* pT) {
+            if (pT->corner(0) != nullptr && isWanted(pT)) f(pT);
+        });
+    };
+    constexpr Index used = 0;
+    forEachWanted([this](const Triangle2* pT) {
+        for (int i = 0; i < 3; ++i) aNumbers[dt2.poolVertices.indexOf(pT->corner(i))] = used;
+    });
+    numberVertices();
+
+    const BlockArray<Index> aUnsorted(3 * dt2.numberOfTriangles());
+    Index* pOut = aUnsorted.data();
+    forEachWanted([this, &pOut](const Triangle2* pT) {
+        for (int i = 0; i < 3; ++i) *pOut++ = numberOf(pT->corner(i));
+    });
+    numTriangles = static_cast<std::size_t>(pOut - aUnsorted.data()) / 3;
+    sortTriangles(aUnsorted.data());
+    return bFinite || fail("a coordinate is not a finite number");
+}
+
+/// Numbers those that have any number, in the order of the pool.
+void TriangulationSaver::numberVertices()
+{
+    dt2.poolVertices.forEachRun([this](const Point2* pFirst, std::size_t n) {
+        Index* const aNumbersOfRun = aNumbers.data() + dt2.poolVertices.indexOf(pFirst);
+        for (std::size_t i = 0; i < n; ++i) {
+            if (aNumbersOfRun[i] >= 0) aNumbersOfRun[i] = addVertex(pFirst + i);
         }
     });
-    numTriangles = static_cast<std::size_t>(pOut - aCorners.data()) / 3;
-    return bFinite || fail("a coordinate is not a finite number");
+}
+
+/// By their lowest vertices; those that have the same one stay in their order.
+void TriangulationSaver::sortTriangles(const Index* aUnsorted)
+{
+    const auto lowest = [](const Index* c) { return static_cast<std::size_t>(std::min({c[0], c[1], c[2]})); };
+    const Index* const pEnd = aUnsorted + 3 * numTriangles;
+    std::vector<std::uint32_t> vPlaces(numVertices + 1, 0); // where the next triangle of each vertex goes
+    for (const Index* c = aUnsorted; c != pEnd; c += 3) ++vPlaces[lowest(c) + 1];
+    std::partial_sum(vPlaces.begin(), vPlaces.end(), vPlaces.begin());
+    aCorners = BlockArray<Index>(3 * numTriangles);
+    for (const Index* c = aUnsorted; c != pEnd; c += 3) {
+        std::copy_n(c, 3, aCorners.data() + 3 * std::size_t(vPlaces[lowest(c)]++));
+    }
 }
 
 /// Without area, there are vertices alone.
