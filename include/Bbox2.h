@@ -29,7 +29,8 @@ public:
     /// True when anything has been set in x: a point, or the lower bound of x alone.
     bool isValid() const { return minX < std::numeric_limits<double>::max(); }
 
-    /// Grows the box so that it holds p. True when a bound changed; always true for the first point.
+    /// Grows the box so that it holds p. True when a bound changed; always true for the first point. Bounds that were set
+    /// before the first point stay as they are with it.
     bool add(const Point2& p)
     {
         if (bValid) return treatPointForValidBox(p);

@@ -56,18 +56,6 @@ public:
     template <class F>
     void forEachIntersecting(const Box& q, const F& f) const;
 
-    /// The number whose box is closest to p, the smallest one on ties, among those not further than maxSqDistance; when
-    /// built.
-    bool findClosest(const double (&p)[Dim], double maxSqDistance, std::size_t& index, double& sqDistance) const
-    {
-        Closest closest{p, maxSqDistance, 0, false};
-        if (!vNodes.empty()) approach(vLevels.size() - 1, 0, closest);
-        if (!closest.bFound) return false;
-        index = closest.index;
-        sqDistance = closest.sqDistance;
-        return true;
-    }
-
 private:
     using Node = BoxNode<Dim>;
     using Mask = typename Node::Mask;
@@ -75,17 +63,8 @@ private:
     static constexpr std::size_t maxLevels = 7;
     static_assert(KeyedPosition::maxPositions <= std::uint64_t(1) << 5 * maxLevels && fanOut == 1U << 5U);
 
-    struct Closest
-    {
-        const double (&p)[Dim];
-        double sqDistance;
-        std::size_t index;
-        bool bFound;
-    };
-
     static std::size_t lowestBit(Mask mask) { return static_cast<unsigned>(__builtin_ctz(mask)); }
     Mask hitsOfLeaf(std::size_t i, const Box& q) const;
-    void approach(std::size_t level, std::size_t i, Closest& closest) const;
     void centreOf(std::size_t position, double (&c)[Dim]) const
     {
         const Box& box = vBoxes[position];
@@ -245,42 +224,6 @@ typename PackedBoxTree<Dim>::Mask PackedBoxTree<Dim>::hitsOfLeaf(std::size_t i, 
         if (!vBoxes[i * fanOut + child].intersects(q)) hits &= ~(Mask(1) << child);
     }
     return hits;
-}
-
-template <std::size_t Dim>
-void PackedBoxTree<Dim>::approach(std::size_t level, std::size_t i, Closest& closest) const
-{
-    // Children in the order of their distances, so that the bound is small before the others are looked at.
-    struct Child
-    {
-        double sqDistance;
-        std::size_t i;
-    };
-    Child aChildren[fanOut];
-    std::size_t numChildren = 0;
-    const std::size_t numBelow = level == 0 ? size() : vLevels[level] - vLevels[level - 1];
-    const Box* const pBoxes = vBoxes.data() + (level == 0 ? 0 : size() + vLevels[level - 1]);
-    for (std::size_t j = i * fanOut; j < std::min((i + 1) * fanOut, numBelow); ++j) {
-        const double sqDistance = pBoxes[j].sqDistance(closest.p);
-        if (!(sqDistance <= closest.sqDistance)) continue;
-        std::size_t k = numChildren++;
-        for (; k > 0 && aChildren[k - 1].sqDistance > sqDistance; --k) aChildren[k] = aChildren[k - 1];
-        aChildren[k] = {sqDistance, j};
-    }
-    for (std::size_t k = 0; k < numChildren && aChildren[k].sqDistance <= closest.sqDistance; ++k) {
-        if (level > 0) {
-            approach(level - 1, aChildren[k].i, closest);
-            continue;
-        }
-        const std::size_t index = vIndices[aChildren[k].i];
-        const double sqDistance = aChildren[k].sqDistance;
-        const bool bCloser = sqDistance < closest.sqDistance ||
-                             (sqDistance == closest.sqDistance && (!closest.bFound || index < closest.index));
-        if (!bCloser) continue;
-        closest.sqDistance = sqDistance;
-        closest.index = index;
-        closest.bFound = true;
-    }
 }
 
 } // namespace ORBI_LUMO25D

@@ -33,8 +33,8 @@ inline DoubleWithRest exactProduct(double a, double b)
     return {p, ((aHi * bHi - p) + aHi * bLo + aLo * bHi) + aLo * bLo};
 }
 
-/// Twice the area of the triangle a b c in the plane, negative if it is clockwise: off by about 2^-100 of the products of
-/// its sides, however thin it is. Not finite where those overflow.
+/// Twice the area of the triangle a b c in the plane, negative if it is clockwise: off by the last rounding and about
+/// 2^-100 of the products of its sides, however thin it is. Not finite where those overflow.
 inline double preciseDoubledArea(const Point2& a, const Point2& b, const Point2& c)
 {
     const DoubleWithRest bx = exactSum(b.x(), -a.x()), by = exactSum(b.y(), -a.y());

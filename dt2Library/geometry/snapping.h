@@ -13,7 +13,7 @@ class Vector2;
 // be finite. Any thread may call.
 
 /// A few units in the last place of the largest coordinate of the segment's ends: rounding a crossing to doubles moves
-/// it by less than a quarter of this.
+/// it by less than a quarter of this, truncating it by less than half.
 double snapDistance(const Point2& a, const Point2& b);
 
 /// Sign of |a b| - |c d|, exact.

@@ -20,15 +20,6 @@ void RTree::addObject(std::size_t index, double xmin, double ymin, double zmin, 
     tree.add(index, {{xmin, ymin, zmin}, {xmax, ymax, zmax}});
 }
 
-void RTree::addTriangle(std::size_t index, const ORBI_LUMO25D::Point2& p0, const ORBI_LUMO25D::Point2& p1,
-                        const ORBI_LUMO25D::Point2& p2)
-{
-    const auto x = std::minmax({p0.x(), p1.x(), p2.x()});
-    const auto y = std::minmax({p0.y(), p1.y(), p2.y()});
-    const auto z = std::minmax({p0.z(), p1.z(), p2.z()});
-    addObject(index, x.first, y.first, z.first, x.second, y.second, z.second);
-}
-
 void RTree::build() const
 {
     tree.build([](const Box& extent) {

@@ -14,7 +14,7 @@ namespace ORBI_OCTREE
 class OctreeImpl;
 
 /// An index of points in space to which points are added while it is in use: "is there a vertex here already?". For
-/// points that are all there before the first question, ORBI_LOCATE3::RTree is smaller and faster.
+/// boxes that are all there before the first question, ORBI_LOCATE3::RTree is smaller and faster.
 ///
 /// Points are known by numbers of the caller's choice; points at one place, and equal numbers, may come any number of
 /// times. Answers depend on what was added alone, not on the order.

@@ -56,15 +56,15 @@ public:
         pBlock = reinterpret_cast<T*>(p);
     }
 
-    /// The number of a slot given out by this pool; any other pointer gives nonsense. Logarithmic in the number of
-    /// blocks, which is small.
+    /// The number of a slot given out by this pool; any other pointer gives nonsense. Logarithmic in the number of runs
+    /// (see PoolBlocks), of which there are hardly more than blocks.
     std::size_t indexOf(const T* pItem) const
     {
         const std::byte* const p = reinterpret_cast<const std::byte*>(pItem);
         const RunStart& run = runAt(p);
         return run.firstNumber + static_cast<std::size_t>(p - run.pBegin) / sizeof(T);
     }
-    /// True when pItem is a slot given out by this pool. Any pointer may be asked, it isn't read.
+    /// True when pItem is a slot given out by this pool. Any pointer may be asked, it isn't read. Linear in that number.
     bool contains(const T* pItem) const { return isSlot(pItem); }
     /// The slot with that number, NULL when its block was killed. A number of size() or more is a failed condition.
     T* at(std::size_t number) const { return reinterpret_cast<T*>(slot(number)); }

@@ -20,7 +20,7 @@ class SpaceTwin
 
 public:
     /// Adds points of each kind to an index, with questions in between.
-    template <class Index>
+    template <class Index, bool bWithClosest = true>
     static void expectAgreement()
     {
         for (int kind = 0; kind < numKinds; ++kind) {
@@ -33,7 +33,8 @@ public:
                 index.addPoint(i, twin.vPoints[i]);
                 if (i > 33 && i % 13 != 0) continue;
                 const Point p = i % 2 == 0 ? twin.vPoints[random.index(i + 1)] : randomPoint(random, kind, i);
-                twin.expectSame(index, p, randomPoint(random, kind, random.index(i + 1)));
+                twin.expectSameInBox(index, p, randomPoint(random, kind, random.index(i + 1)));
+                if constexpr (bWithClosest) twin.expectSameClosest(index, p);
                 if (testing::Test::HasFatalFailure()) return;
             }
             EXPECT_EQ(index.size(), twin.vPoints.size());
@@ -62,25 +63,30 @@ private:
         const double dx = p.x() - q.x(), dy = p.y() - q.y(), dz = p.z() - q.z();
         return dx * dx + dy * dy + dz * dz;
     }
-    /// Compares both queries of an index that holds vPoints: the box with the corners p and q, and the closest to p.
+    /// Of an index that holds vPoints: what is in the box with the corners p and q.
     template <class Index>
-    void expectSame(const Index& index, const Point& p, const Point& q) const
+    void expectSameInBox(const Index& index, const Point& p, const Point& q) const
     {
         const auto x = std::minmax({p.x(), q.x()}), y = std::minmax({p.y(), q.y()}), z = std::minmax({p.z(), q.z()});
         const auto within = [](double v, const std::pair<double, double>& range) {
             return v >= range.first && v <= range.second;
         };
         std::vector<std::size_t> vFound, vExpected;
-        std::size_t closest = 0, found = vPoints.size();
         for (std::size_t i = 0; i < vPoints.size(); ++i) {
             const Point& v = vPoints[i];
             if (within(v.x(), x) && within(v.y(), y) && within(v.z(), z)) vExpected.push_back(i);
-            if (sqDistance(p, v) < sqDistance(p, vPoints[closest])) closest = i;
         }
         index.query(x.first, y.first, z.first, x.second, y.second, z.second, vFound);
         std::sort(vFound.begin(), vFound.end());
         ASSERT_EQ(vFound, vExpected);
-
+    }
+    template <class Index>
+    void expectSameClosest(const Index& index, const Point& p) const
+    {
+        std::size_t closest = 0, found = vPoints.size();
+        for (std::size_t i = 0; i < vPoints.size(); ++i) {
+            if (sqDistance(p, vPoints[i]) < sqDistance(p, vPoints[closest])) closest = i;
+        }
         const double sqExpected = sqDistance(p, vPoints[closest]);
         double sq = -1.0;
         ASSERT_TRUE(index.getClosest(p, found, sq));
