@@ -37,19 +37,6 @@ public:
         return curve.index(x, y);
     }
 
-    /// getIndex for a sequence of points: writes one index for each of [first, last) to out; returns the end of the
-    /// output.
-    template <class PointIterator, class OutputIterator>
-    OutputIterator computeIndices(PointIterator first, PointIterator last, OutputIterator out) const
-    {
-        LUMO_CHECK(numBits > 0, "numBits>0");
-        const HilbertCurve2 localCurve = curve; // its fields stay in registers, whatever out overwrites
-        for (; first != last; ++first, ++out) {
-            *out = localCurve.index(first->x(), first->y());
-        }
-        return out;
-    }
-
 private:
     std::uint32_t numBits = 0; ///< 0 until a range is set
     HilbertCurve2 curve;
