@@ -2,6 +2,7 @@
 #define LUMO25D_TESTS_ORACLES_EXACTORACLE_H
 
 #include "Point2.h"
+#include "Triangle2.h"
 
 #include <gmpxx.h>
 
@@ -41,6 +42,29 @@ inline int inCircleSign(const ORBI_LUMO25D::Point2& a, const ORBI_LUMO25D::Point
                         const ORBI_LUMO25D::Point2& q)
 {
     return sgn(inCircleDet(a, b, c, q));
+}
+
+/// A place that need not be a pair of doubles.
+struct ExactPoint
+{
+    mpq_class x, y;
+};
+
+inline ExactPoint exact(const ORBI_LUMO25D::Point2& p)
+{
+    return {p.x(), p.y()};
+}
+
+/// Twice the area of a triangle, positive when it is counterclockwise; by differences.
+inline mpq_class doubledArea(const ExactPoint& a, const ExactPoint& b, const ExactPoint& c)
+{
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+inline ExactPoint middleOf(const ORBI_LUMO25D::Triangle2& t)
+{
+    const ExactPoint a = exact(*t.corner(0)), b = exact(*t.corner(1)), c = exact(*t.corner(2));
+    return {(a.x + b.x + c.x) / 3, (a.y + b.y + c.y) / 3};
 }
 
 } // namespace oracles

@@ -21,23 +21,10 @@ void require(bool bHolds, const char* what)
     if (!bHolds) throw std::runtime_error(what);
 }
 
-using ExactPoint = std::pair<mpq_class, mpq_class>;
-
-ExactPoint middleOf(const Triangle2& t)
-{
-    mpq_class x = 0, y = 0;
-    for (int i = 0; i < 3; ++i) {
-        x += mpq_class(t.corner(i)->x());
-        y += mpq_class(t.corner(i)->y());
-    }
-    return {x / 3, y / 3};
-}
-
 /// Positive: p lies on the left of the line from a to b.
 mpq_class turn(const Point2& a, const Point2& b, const ExactPoint& p)
 {
-    const mpq_class ax(a.x()), ay(a.y());
-    return (mpq_class(b.x()) - ax) * (p.second - ay) - (mpq_class(b.y()) - ay) * (p.first - ax);
+    return doubledArea(exact(a), exact(b), p);
 }
 
 /// The winding number of a ring about a point that is not on it, by crossings of the ray upwards in x.
@@ -46,8 +33,8 @@ int windingNumber(const std::vector<Point2>& vRing, const ExactPoint& p)
     int winding = 0;
     for (std::size_t i = 0; i < vRing.size(); ++i) {
         const Point2 &a = vRing[i], &b = vRing[(i + 1) % vRing.size()];
-        const bool bAbove = mpq_class(a.y()) > p.second;
-        if (bAbove == (mpq_class(b.y()) > p.second)) continue;
+        const bool bAbove = mpq_class(a.y()) > p.y;
+        if (bAbove == (mpq_class(b.y()) > p.y)) continue;
         if (bAbove && turn(b, a, p) > 0) --winding;
         if (!bAbove && turn(a, b, p) > 0) ++winding;
     }

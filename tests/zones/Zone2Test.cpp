@@ -24,6 +24,10 @@
 
 using namespace ORBI_LUMO25D;
 using oracles::Dice;
+using oracles::doubledArea;
+using oracles::exact;
+using oracles::ExactPoint;
+using oracles::middleOf;
 using ::testing::HasSubstr;
 
 namespace
@@ -34,34 +38,12 @@ using Segments = std::vector<Segment2>;
 
 // ---- oracles --------------------------------------------------------------------------------------------------------
 
-struct Place
-{
-    mpq_class x, y;
-};
-
-/// Twice the area of a triangle, by differences.
-mpq_class doubledArea(const Place& a, const Place& b, const Place& c)
-{
-    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-}
-
-Place place(const Point2& p)
-{
-    return {p.x(), p.y()};
-}
-
-Place barycentre(const Triangle2& t)
-{
-    const Place a = place(*t.corner(0)), b = place(*t.corner(1)), c = place(*t.corner(2));
-    return {(a.x + b.x + c.x) / 3, (a.y + b.y + c.y) / 3};
-}
-
 /// Even-odd rule; an edge walked both ways doesn't count.
-bool isInside(const Segments& v, const Place& p)
+bool isInside(const Segments& v, const ExactPoint& p)
 {
     bool bInside = false;
     for (const Segment2& s : v) {
-        const Place a = place(s.src), b = place(s.trg);
+        const ExactPoint a = exact(s.src), b = exact(s.trg);
         if ((a.y > p.y) == (b.y > p.y)) continue;
         if ((sgn(doubledArea(a, b, p)) > 0) == (b.y > a.y)) bInside = !bInside;
     }
@@ -98,7 +80,7 @@ std::vector<Known> classify(const Lumo_2D& lumo, const Segments& a, const Segmen
     lumo.getTrianglePointers(vT);
     std::vector<Known> v;
     for (Triangle2* pT : vT) {
-        const Place p = barycentre(*pT);
+        const ExactPoint p = middleOf(*pT);
         v.push_back({pT, oracles::orientationDet(*pT->corner(0), *pT->corner(1), *pT->corner(2)), isInside(a, p),
                      isInside(b, p)});
     }
@@ -259,13 +241,13 @@ TEST(Zone2, TriangleIsInTheWrongZoneAfterEdits)
 
 /// The part of a ring within a convex counterclockwise ring (Sutherland and Hodgman 1974): its area is right even where
 /// the part has several pieces.
-mpq_class clippedArea(std::vector<Place> ring, const std::vector<Place>& convex)
+mpq_class clippedArea(std::vector<ExactPoint> ring, const std::vector<ExactPoint>& convex)
 {
     for (std::size_t i = 0; i < convex.size(); ++i) {
-        const Place &a = convex[i], &b = convex[(i + 1) % convex.size()];
-        std::vector<Place> v;
+        const ExactPoint &a = convex[i], &b = convex[(i + 1) % convex.size()];
+        std::vector<ExactPoint> v;
         for (std::size_t k = 0; k < ring.size(); ++k) {
-            const Place &p = ring[k], &q = ring[(k + 1) % ring.size()];
+            const ExactPoint &p = ring[k], &q = ring[(k + 1) % ring.size()];
             const mpq_class sideP = doubledArea(a, b, p), sideQ = doubledArea(a, b, q);
             if (sideP >= 0) v.push_back(p);
             if (sgn(sideP) * sgn(sideQ) >= 0) continue;
@@ -295,8 +277,8 @@ TEST(Zone2, CookieIsNotTheCommonPartOfPolygonAndHull)
         if (dice.below(2) == 0) lumo.createConstraint({{onPlane(), onPlane()}}, CIS_CONSTRAINED_DELAUNAY);
         std::vector<Point2*> vHull;
         lumo.getConvexHull(false, vHull);
-        std::vector<Place> hull, ring;
-        for (const Point2* p : vHull) hull.push_back(place(*p));
+        std::vector<ExactPoint> hull, ring;
+        for (const Point2* p : vHull) hull.push_back(exact(*p));
 
         Segments polygon;
         const double low = seed % 3 == 0 ? 5 : -2; // corners outside, or hardly any
@@ -309,7 +291,7 @@ TEST(Zone2, CookieIsNotTheCommonPartOfPolygonAndHull)
         }
         for (std::size_t i = 0; i < polygon.size(); ++i) polygon[(i + 1) % polygon.size()].src = polygon[i].trg;
         if (!isSimplePolygon(polygon)) continue;
-        for (const Segment2& s : polygon) ring.push_back(place(s.src));
+        for (const Segment2& s : polygon) ring.push_back(exact(s.src));
         const mpq_class expected = abs(clippedArea(ring, hull)); // on the grid, it may have turned
         dice.shuffle(polygon);
 
