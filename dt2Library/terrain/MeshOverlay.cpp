@@ -8,6 +8,7 @@
 #include "support/check.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace ORBI_LUMO25D
 {
@@ -23,6 +24,29 @@ MeshOverlay::Surface::Surface(const Zone2& zone) : dt(*zone.getDelaunayTriangula
         vInZone[dt.poolTriangles.indexOf(pT)] = true;
         for (int i = 0; i < 3; ++i) box.add(*pT->corner(i));
     }
+}
+
+/// Takes needles along the border out of the zone: points on a line, but for the last bit, have them on their convex hull. No
+/// volume is in them, but their heights are cliffs.
+void MeshOverlay::Surface::peelNeedles(const SegmentTrace& trace)
+{
+    std::vector<Triangle2*> vToCheck = vT;
+    bool bFound = false;
+    while (!vToCheck.empty()) {
+        const Triangle2* const pT = vToCheck.back();
+        vToCheck.pop_back();
+        if (numberOf(pT) == none) continue;
+        for (int i = 0; i < 3; ++i) {
+            if (numberOf(pT->neighbor(i)) != none || !trace.isNeedle(*pT, i)) continue;
+            bFound = true;
+            vInZone[dt.poolTriangles.indexOf(pT)] = false;
+            for (const int k : {L::next(i), L::prev(i)}) vToCheck.push_back(pT->neighbor(k));
+            break;
+        }
+    }
+    if (!bFound) return;
+    vT.erase(std::remove_if(vT.begin(), vT.end(), [this](const Triangle2* pT) { return numberOf(pT) == none; }),
+             vT.end());
 }
 
 /// none for what isn't in the zone.
@@ -54,11 +78,24 @@ MeshOverlay::MeshOverlay(const Zone2& zone0, const Zone2& zone1) : aSurfaces{Sur
     }
 }
 
+/// The largest |x| or |y| of both zones.
+double MeshOverlay::maxAbs() const
+{
+    double largest = 0.0;
+    for (const Surface& surface : aSurfaces) {
+        largest = std::max({largest, surface.box.getMinPoint().getMaxAbs(), surface.box.getMaxPoint().getMaxAbs()});
+    }
+    return largest;
+}
+
 bool MeshOverlay::run(OverlayGraph& graph_)
 {
     pGraph = &graph_;
     pGraph->numTriangles = aSurfaces[0].vInZone.size();
-    SegmentTrace aTraces[2] = {{aSurfaces[1].dt, orbiTest}, {aSurfaces[0].dt, orbiTest}};
+    const double resolution = std::ldexp(maxAbs(), -50);
+    SegmentTrace aTraces[2] = {{aSurfaces[1].dt, orbiTest, resolution}, {aSurfaces[0].dt, orbiTest, resolution}};
+    // Each trace runs through the other surface.
+    for (int ith = 0; ith < 2; ++ith) aSurfaces[ith].peelNeedles(aTraces[1 - ith]);
     for (int ith = 0; ith < 2; ++ith) findEdges(ith);
     for (int ith = 0; ith < 2; ++ith) placeVertices(ith, aTraces[ith]);
     // What isn't used of it is never touched, while growth would copy all.
@@ -161,7 +198,7 @@ bool MeshOverlay::traceEdge(int ith, const Triangle2* pT, int corner, SegmentTra
     const std::uint32_t left = surface.numberOf(pT), right = surface.numberOf(pT->neighbor(corner));
     const std::uint32_t side = 3 * left + static_cast<std::uint32_t>(corner);
     const auto firstCrossing = static_cast<std::uint32_t>(vCrossings.size());
-    trace.run(*pA, surface.vPlaces[a], *pB, vMeetings);
+    if (!trace.run(*pA, surface.vPlaces[a], *pB, vMeetings)) return false;
     std::uint32_t src = surface.vVertices[a];
     for (const SegmentTrace::Meeting& m : vMeetings) {
         std::uint32_t trg = none;
@@ -179,7 +216,7 @@ bool MeshOverlay::traceEdge(int ith, const Triangle2* pT, int corner, SegmentTra
         back.aTriangles[1 - ith] = m.pLeft == m.pRight ? there.aTriangles[1 - ith] : other.numberOf(m.pRight);
         const bool bAlong = m.pLeft != m.pRight;
         if ((there.isInside() || back.isInside()) && !(ith == 1 && bAlong)) {
-            if (src == none || trg == none) return false; // no triangulation is known where this happens
+            if (src == none || trg == none || src == trg) return false; // as small as the resolution
             there.src = back.trg = src;
             there.trg = back.src = trg;
             pGraph->vHalfEdges.push_back(there);

@@ -40,9 +40,10 @@ struct OverlayGraph
 
 /// Makes the overlay of two zones, usually of different triangulations.
 ///
-/// Each edge of either surface is traced through the triangulation of the other one, exactly. Only the places of crossings
-/// are rounded: where edges are as close as that, the places may contradict the subdivision, which whoever uses
-/// it must check. Heights follow the edges: at a crossing, each surface has the height that its edge has there.
+/// Each edge of either surface is traced through the triangulation of the other one. What is within a few units in the last
+/// place of the largest coordinate counts as meeting; apart from that, only the places of crossings are rounded. Where the
+/// surfaces' own triangles are as small as that, the places may contradict the subdivision, which whoever uses it must check.
+/// Heights follow the edges: at a crossing, each surface has the height that its edge has there.
 class MeshOverlay
 {
 public:
@@ -69,6 +70,7 @@ private:
     struct Surface
     {
         Surface(const Zone2& zone);
+        void peelNeedles(const SegmentTrace& trace);
 
         std::uint32_t numberOf(const Triangle2* pT) const;
         std::uint32_t sideOf(const Triangle2* pT, int ith) const;
@@ -82,6 +84,7 @@ private:
         std::vector<std::pair<Triangle2*, int>> vEdges; ///< to be traced: those that the other surface may meet
     };
 
+    double maxAbs() const;
     void findEdges(int ith);
     void placeVertices(int ith, SegmentTrace& trace);
     void placeVertex(int ith, Point2* pVtx, const SegmentTrace::Place& place);

@@ -3,7 +3,6 @@
 #include "TriangleAroundVertexIterator.h"
 #include "engine/Dt2.h"
 #include "geometry/TriangleLinks.h"
-#include "support/check.h"
 
 namespace ORBI_LUMO25D
 {
@@ -12,26 +11,85 @@ using L = TriangleLinks;
 
 SegmentTrace::Place SegmentTrace::locate(const Point2& p)
 {
-    if (!dt2.bbox.isInBox(p)) return {};
+    const Bbox2& box = dt2.bbox;
+    if (p.x() < box.get_minX() - resolution || p.x() > box.get_maxX() + resolution ||
+        p.y() < box.get_minY() - resolution || p.y() > box.get_maxY() + resolution) {
+        return {};
+    }
     if (pHint == nullptr) pHint = dt2.vertexVault.getCloseTriangle(p);
     int edge = -1;
     const int state = dt2.locateConflictTriangle(p, &pHint, &edge);
-    if (state == -1) return {pHint, edge, nullptr};
+    if (state == -1) return snapped(p, {pHint, edge, nullptr});
     if (state == 4) {
         int i = 0;
         while (*pHint->corner(i) != p) ++i;
         return {pHint, -1, pHint->corner(i)};
     }
+    const Place onHull = snapped(p, {pHint, state, nullptr});
+    if (onHull.pVtx != nullptr) return onHull;
     const Point2 *p0 = pHint->corner(L::next(state)), *p1 = pHint->corner(L::prev(state));
-    if (orbiTest.orientationInRange(p0, p1, &p) == ORIENTATION2_CW) return {};
-    return {pHint, state, nullptr};
+    const bool bOutside = orbiTest.orientationInRange(p0, p1, &p) == ORIENTATION2_CW && !isOnEdge(p, *p0, *p1);
+    return bOutside ? Place() : onHull;
 }
 
-void SegmentTrace::run(const Point2& a, const Place& from, const Point2& b, std::vector<Meeting>& vMeetings)
+/// The place at a corner or edge of its triangle that is within the resolution, if there is one.
+SegmentTrace::Place SegmentTrace::snapped(const Point2& p, Place place) const
 {
-    pA = &a;
+    for (int i = 0; i < 3; ++i) {
+        if (areClose(p, *place.pT->corner(i))) return {place.pT, -1, place.pT->corner(i)};
+    }
+    for (int i = 0; i < 3 && place.edge < 0; ++i) {
+        if (isOnEdge(p, *place.pT->corner(L::next(i)), *place.pT->corner(L::prev(i)))) place.edge = i;
+    }
+    if (place.edge < 0) return place;
+    if (isNeedle(*place.pT, place.edge)) return snappedInNeedle(p, place.pT, place.edge);
+    Triangle2* const pN = place.pT->neighbor(place.edge);
+    if (pN != nullptr && isNeedle(*pN, L::indexOf(pN, place.pT))) {
+        return snappedInNeedle(p, pN, L::indexOf(pN, place.pT));
+    }
+    return place;
+}
+
+/// The place of a point on the long edge of a needle is on the other two, and so on to the last needle.
+SegmentTrace::Place SegmentTrace::snappedInNeedle(const Point2& p, Triangle2* pT, int longEdge) const
+{
+    while (true) {
+        Point2* const pApex = pT->corner(longEdge);
+        if (areClose(p, *pApex)) return {pT, -1, pApex};
+        const int i = isOnEdge(p, *pApex, *pT->corner(L::prev(longEdge))) ? L::next(longEdge) : L::prev(longEdge);
+        Triangle2* const pN = pT->neighbor(i);
+        if (pN == nullptr || !isNeedle(*pN, L::indexOf(pN, pT))) return {pT, i, nullptr};
+        longEdge = L::indexOf(pN, pT);
+        pT = pN;
+    }
+}
+
+bool SegmentTrace::isNeedle(const Triangle2& t, int longEdge) const
+{
+    return isOnEdge(*t.corner(longEdge), *t.corner(L::next(longEdge)), *t.corner(L::prev(longEdge)));
+}
+
+bool SegmentTrace::isOnEdge(const Point2& p, const Point2& a, const Point2& b) const
+{
+    if (b < a) return isOnEdge(p, b, a);
+    const double abX = b.x() - a.x(), abY = b.y() - a.y(), apX = p.x() - a.x(), apY = p.y() - a.y();
+    const double length = std::hypot(abX, abY);
+    const double along = abX * apX + abY * apY;
+    return std::fabs(abX * apY - abY * apX) <= resolution * length && along > 0.0 && along < length * length &&
+           !areClose(p, a) && !areClose(p, b);
+}
+
+bool SegmentTrace::run(const Point2& a, const Place& from, const Point2& b, std::vector<Meeting>& vMeetings)
+{
+    pA = pLast = &a;
     pB = &b;
-    bUpwards = a < b;
+    dx = b.x() - a.x();
+    dy = b.y() - a.y();
+    bAlongX = std::fabs(dx) >= std::fabs(dy);
+    bForwards = bAlongX ? a.x() < b.x() : a.y() < b.y();
+    // Of whatever isOnEdge() or areClose() may find, with what rounding may do to the area.
+    closeArea = 4.0 * resolution * (std::fabs(dx) + std::fabs(dy));
+    bLost = false;
     pMeetings = &vMeetings;
     vMeetings.clear();
     if (from.pVtx != nullptr) {
@@ -43,6 +101,7 @@ void SegmentTrace::run(const Point2& a, const Place& from, const Point2& b, std:
     } else {
         walkFromOutside();
     }
+    return !bLost;
 }
 
 // ---- the walk: each operation goes on to the end of the segment or of the hull -------------------------------------------
@@ -76,7 +135,7 @@ Point2* SegmentTrace::firstOnLine(Point2* pV) const
         do {
             for (int i = 0; i < 3 && *it != nullptr; ++i) {
                 Point2* const p = (*it)->corner(i);
-                if (isAhead(*p, *pV) && isAhead(*pA, *p) && sideOf(*p) == 0) pV = p;
+                if (isAhead(*p, *pV) && isAheadOfStart(*p) && sideOf(*p) == 0) pV = p;
             }
         } while (++it != itStart);
     }
@@ -88,36 +147,45 @@ void SegmentTrace::walkFromVertex(Point2* pV)
     while (pV != nullptr) {
         const TriangleAroundVertexIterator itStart(pV);
         TriangleAroundVertexIterator it(itStart);
-        Point2* pNext = nullptr;
-        bool bDone = false;
+        Edge along{nullptr, -1}, across{nullptr, -1};
         do {
             if (*it == nullptr) continue;
             const int i = L::indexOf(*it, pV);
             const Point2 &p = *(*it)->corner(L::next(i)), &q = *(*it)->corner(L::prev(i));
-            const int sideP = sideOf(p);
-            if (sideP > 0) continue;
-            const int sideQ = sideOf(q);
-            if ((sideP == 0 && isAhead(*pV, p)) || (sideQ == 0 && isAhead(*pV, q))) {
-                pNext = leaveAlongEdge(pV, *it, i);
-                bDone = true;
-            } else if (sideP < 0 && sideQ > 0) {
-                if (leaveThroughEdge(*it, i)) walkAcross((*it)->neighbor(i), L::indexOf((*it)->neighbor(i), *it));
-                bDone = true;
+            const int sideP = sideOf(p), sideQ = sideOf(q);
+            if (sideP < 0 && sideQ > 0) across = {*it, i};
+            for (const int k : {L::next(i), L::prev(i)}) {
+                // Of several vertices on the segment, the nearest: beyond it are needles along the segment.
+                const Point2& ahead = *(*it)->corner(k);
+                if ((k == L::next(i) ? sideP : sideQ) != 0 || !isAhead(*pV, ahead)) continue;
+                if (along.pT == nullptr || isAhead(ahead, *along.pT->corner(along.ith))) along = {*it, k};
             }
-        } while (!bDone && ++it != itStart);
-        pV = pNext;
+        } while (++it != itStart);
+        if (along.pT == nullptr && across.pT != nullptr) {
+            for (const int k : {L::next(across.ith), L::prev(across.ith)}) {
+                if (isOnEdge(*pB, *pV, *across.pT->corner(k))) along = {across.pT, k};
+            }
+        }
+        if (along.pT != nullptr) {
+            pV = leaveAlongEdge(pV, along.pT, along.ith);
+        } else {
+            Triangle2* const pT = across.pT;
+            if (pT != nullptr && leaveThroughEdge(pT, across.ith)) {
+                walkAcross(pT->neighbor(across.ith), L::indexOf(pT->neighbor(across.ith), pT));
+            }
+            return;
+        }
     }
 }
 
-/// The segment runs along an edge of corner ith of pT, which is pV: to the other end of the edge, which is given, or to its
-/// own.
+/// The segment runs along the edge of pT from pV to corner ith: to there, which is given, or to its own end.
 Point2* SegmentTrace::leaveAlongEdge(Point2* pV, Triangle2* pT, int ith)
 {
-    Point2 *const p = pT->corner(L::next(ith)), *const q = pT->corner(L::prev(ith));
-    if (sideOf(*p) == 0 && isAhead(*pV, *p)) {
-        return leaveThroughVertex(p, pT, pT->neighbor(L::prev(ith))) ? p : nullptr;
-    }
-    return leaveThroughVertex(q, pT->neighbor(L::next(ith)), pT) ? q : nullptr;
+    Point2* const p = pT->corner(ith);
+    const int third = 3 - ith - L::indexOf(pT, pV);
+    Triangle2* const pN = pT->neighbor(third);
+    const bool bOnLeft = third == L::next(ith);
+    return leaveThroughVertex(p, bOnLeft ? pT : pN, bOnLeft ? pN : pT) ? p : nullptr;
 }
 
 /// The segment starts inside edge ith.
@@ -125,16 +193,19 @@ void SegmentTrace::walkFromEdge(Triangle2* pT, int ith)
 {
     Point2 *const p = pT->corner(L::next(ith)), *const q = pT->corner(L::prev(ith));
     Triangle2* const pN = pT->neighbor(ith);
-    const Orientation2 ori = orbiTest.orientationInRange(p, q, pB);
-    if (ori == ORIENTATION2_CCW) return walkFromInside(pT);
-    if (ori == ORIENTATION2_CW) {
-        if (pN != nullptr) walkFromInside(pN);
+    const bool bToQ = isAhead(*pA, *q);
+    if (isOnEdge(*pB, *p, *q) || sideOf(bToQ ? *q : *p) == 0) {
+        if (bToQ) {
+            if (leaveThroughVertex(q, pT, pN)) walkFromVertex(q);
+        } else {
+            if (leaveThroughVertex(p, pN, pT)) walkFromVertex(p);
+        }
         return;
     }
-    if (isAhead(*pA, *q)) {
-        if (leaveThroughVertex(q, pT, pN)) walkFromVertex(q);
-    } else {
-        if (leaveThroughVertex(p, pN, pT)) walkFromVertex(p);
+    if (orbiTest.orientationInRange(p, q, pB) == ORIENTATION2_CCW) {
+        walkFromInside(pT);
+    } else if (pN != nullptr) {
+        walkFromInside(pN);
     }
 }
 
@@ -144,7 +215,7 @@ void SegmentTrace::walkFromInside(Triangle2* pT)
     const int aSides[3] = {sideOf(*pT->corner(0)), sideOf(*pT->corner(1)), sideOf(*pT->corner(2))};
     for (int i = 0; i < 3; ++i) {
         Point2* const p = pT->corner(i);
-        if (aSides[i] == 0 && isAhead(*pA, *p)) {
+        if (aSides[i] == 0 && isAheadOfStart(*p)) {
             if (leaveThroughVertex(p, pT, pT)) walkFromVertex(p);
             return;
         }
@@ -153,7 +224,7 @@ void SegmentTrace::walkFromInside(Triangle2* pT)
             return;
         }
     }
-    LUMO_CHECK(false, "a segment leaves the triangle where it starts");
+    bLost = true;
 }
 
 /// The segment comes into pT through the inside of edge ith.
@@ -179,7 +250,7 @@ void SegmentTrace::walkAcross(Triangle2* pT, int ith)
 bool SegmentTrace::leaveThroughEdge(Triangle2* pT, int ith)
 {
     const Point2 *p = pT->corner(L::next(ith)), *q = pT->corner(L::prev(ith));
-    if (orbiTest.orientationInRange(p, q, pB) != ORIENTATION2_CW) {
+    if (orbiTest.orientationInRange(p, q, pB) != ORIENTATION2_CW || isOnEdge(*pB, *p, *q)) {
         pMeetings->push_back({Meeting::End, nullptr, pT, -1, pT, pT});
         return false;
     }
@@ -190,10 +261,15 @@ bool SegmentTrace::leaveThroughEdge(Triangle2* pT, int ith)
 /// The line comes to a vertex. False when the segment ends there or before.
 bool SegmentTrace::leaveThroughVertex(Point2* pV, const Triangle2* pLeft, const Triangle2* pRight)
 {
-    if (!isAhead(*pV, *pB)) {
+    if (!isAhead(*pV, *pB) || areClose(*pV, *pB)) {
         pMeetings->push_back({Meeting::End, nullptr, nullptr, -1, pLeft, pRight});
         return false;
     }
+    if (!isAhead(*pLast, *pV)) {
+        bLost = true;
+        return false;
+    }
+    pLast = pV;
     pMeetings->push_back({Meeting::Vertex, pV, nullptr, -1, pLeft, pRight});
     return true;
 }
@@ -201,6 +277,8 @@ bool SegmentTrace::leaveThroughVertex(Point2* pV, const Triangle2* pLeft, const 
 /// 1 on the left of the segment's line, 0 on it, -1 on the right.
 int SegmentTrace::sideOf(const Point2& p) const
 {
+    const double area = dx * (p.y() - pA->y()) - dy * (p.x() - pA->x());
+    if (std::fabs(area) <= closeArea && (areClose(p, *pA) || areClose(p, *pB) || isOnEdge(p, *pA, *pB))) return 0;
     const Orientation2 ori = orbiTest.orientationInRange(pA, pB, &p);
     return ori == ORIENTATION2_CCW ? 1 : ori == ORIENTATION2_CW ? -1 : 0;
 }

@@ -3,6 +3,7 @@
 
 #include "Triangle2.h"
 
+#include <cmath>
 #include <vector>
 
 namespace ORBI_LUMO25D
@@ -11,7 +12,14 @@ namespace ORBI_LUMO25D
 class Dt2;
 class OrbiTest;
 
-/// Follows segments through a triangulation and tells what they meet, in order. Every decision is exact.
+/// Follows segments through a triangulation and tells what they meet, in order.
+///
+/// What is nearer to each other than a resolution, in the order of the doubles' distance, counts as meeting: a point at a
+/// vertex, a point on an edge, a vertex on the segment. Who traces the edges of two triangulations through each other gets
+/// the same answer from both sides. Otherwise crossings would be found whose places can't be told from the vertices beside
+/// them, as between grids that are shifted by a tenth of a cell: their diagonals run along each other but for the last bit.
+/// All other decisions are exact. Where features of the triangulation itself are as small as the resolution, the answers may
+/// contradict each other, which is told or must be found by whoever uses them.
 class SegmentTrace
 {
 public:
@@ -41,14 +49,23 @@ public:
         const Triangle2 *pLeft, *pRight;
     };
 
-    /// The triangulation must have area, and the predicates must know the range of all points.
-    SegmentTrace(Dt2& dt2_, const OrbiTest& orbiTest_) : dt2(dt2_), orbiTest(orbiTest_) {}
+    /// The triangulation must have area, and the predicates must know the range of all points. The resolution isn't
+    /// negative.
+    SegmentTrace(Dt2& dt2_, const OrbiTest& orbiTest_, double resolution_)
+        : dt2(dt2_), orbiTest(orbiTest_), resolution(resolution_)
+    {
+    }
 
     /// Fast when the points of successive calls are close to each other.
     Place locate(const Point2& p);
     /// Gives what the segment from a, which lies at that place, to another point b meets. It ends where the segment leaves
-    /// the hull. O(k) for k meetings and the triangles around the vertices that are met.
-    void run(const Point2& a, const Place& from, const Point2& b, std::vector<Meeting>& vMeetings);
+    /// the hull. False when the segment lost its way. O(k) for k meetings and the triangles around the vertices that are met.
+    bool run(const Point2& a, const Place& from, const Point2& b, std::vector<Meeting>& vMeetings);
+
+    /// True within the resolution between the ends, the neighbourhoods of which don't count. The same for both directions.
+    bool isOnEdge(const Point2& p, const Point2& a, const Point2& b) const;
+    /// True when the corner opposite an edge lies on it.
+    bool isNeedle(const Triangle2& t, int longEdge) const;
 
 private:
     void walkFromOutside();
@@ -61,14 +78,35 @@ private:
     bool leaveThroughEdge(Triangle2* pT, int ith);
     bool leaveThroughVertex(Point2* pV, const Triangle2* pLeft, const Triangle2* pRight);
 
+    struct Edge
+    {
+        Triangle2* pT;
+        int ith;
+    };
+
+    Place snapped(const Point2& p, Place place) const;
+    Place snappedInNeedle(const Point2& p, Triangle2* pT, int longEdge) const;
+    bool areClose(const Point2& p, const Point2& q) const
+    {
+        return std::fabs(p.x() - q.x()) <= resolution && std::fabs(p.y() - q.y()) <= resolution;
+    }
     int sideOf(const Point2& p) const;
-    bool isAhead(const Point2& from, const Point2& p) const { return bUpwards ? from < p : p < from; }
+    bool isAhead(const Point2& from, const Point2& p) const
+    {
+        return bAlongX ? (bForwards ? from.x() < p.x() : p.x() < from.x())
+                       : (bForwards ? from.y() < p.y() : p.y() < from.y());
+    }
+    bool isAheadOfStart(const Point2& p) const { return isAhead(*pA, p) && !areClose(*pA, p); }
 
     Dt2& dt2;
     const OrbiTest& orbiTest;
+    const double resolution;
     Triangle2* pHint = nullptr;
-    const Point2 *pA = nullptr, *pB = nullptr; ///< the segment
-    bool bUpwards = true;                      ///< *pA < *pB
+    const Point2 *pA = nullptr, *pB = nullptr;  ///< the segment
+    const Point2* pLast = nullptr;              ///< the last vertex on it, or its start
+    bool bAlongX = true, bForwards = true;      ///< the axis that it runs along, more or less, and in which direction
+    double dx = 0.0, dy = 0.0, closeArea = 0.0; ///< vertices that make a larger area with it are not on it
+    bool bLost = false;
     std::vector<Meeting>* pMeetings = nullptr;
 };
 
