@@ -96,7 +96,7 @@ bool MeshOverlay::run(OverlayGraph& graph_)
     SegmentTrace aTraces[2] = {{aSurfaces[1].dt, orbiTest, resolution}, {aSurfaces[0].dt, orbiTest, resolution}};
     // Each trace runs through the other surface.
     for (int ith = 0; ith < 2; ++ith) aSurfaces[ith].peelNeedles(aTraces[1 - ith]);
-    for (int ith = 0; ith < 2; ++ith) findEdges(ith);
+    for (int ith = 0; ith < 2; ++ith) findEdges(ith, resolution);
     for (int ith = 0; ith < 2; ++ith) placeVertices(ith, aTraces[ith]);
     // What isn't used of it is never touched, while growth would copy all.
     const std::size_t numEdges = aSurfaces[0].vEdges.size() + aSurfaces[1].vEdges.size();
@@ -110,13 +110,15 @@ bool MeshOverlay::run(OverlayGraph& graph_)
 
 // ---- vertices ---------------------------------------------------------------------------------------------------------
 
-void MeshOverlay::findEdges(int ith)
+void MeshOverlay::findEdges(int ith, double resolution)
 {
     Surface& surface = aSurfaces[ith];
     const Bbox2& box = aSurfaces[1 - ith].box;
-    const auto isWhollyOutside = [&box](const Point2& a, const Point2& b) {
-        return std::max(a.x(), b.x()) < box.get_minX() || std::min(a.x(), b.x()) > box.get_maxX() ||
-               std::max(a.y(), b.y()) < box.get_minY() || std::min(a.y(), b.y()) > box.get_maxY();
+    const auto isWhollyOutside = [&](const Point2& a, const Point2& b) {
+        return std::max(a.x(), b.x()) < box.get_minX() - resolution ||
+               std::min(a.x(), b.x()) > box.get_maxX() + resolution ||
+               std::max(a.y(), b.y()) < box.get_minY() - resolution ||
+               std::min(a.y(), b.y()) > box.get_maxY() + resolution;
     };
     surface.vEdges.reserve(surface.vT.size() / 2 * 3 + 3);
     for (Triangle2* pT : surface.vT) {

@@ -85,7 +85,7 @@ private:
     };
 
     double maxAbs() const;
-    void findEdges(int ith);
+    void findEdges(int ith, double resolution);
     void placeVertices(int ith, SegmentTrace& trace);
     void placeVertex(int ith, Point2* pVtx, const SegmentTrace::Place& place);
     bool getHeight(int ith, const Point2& p, const SegmentTrace::Place& place, double& height) const;

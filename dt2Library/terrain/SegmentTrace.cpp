@@ -25,11 +25,42 @@ SegmentTrace::Place SegmentTrace::locate(const Point2& p)
         while (*pHint->corner(i) != p) ++i;
         return {pHint, -1, pHint->corner(i)};
     }
-    const Place onHull = snapped(p, {pHint, state, nullptr});
-    if (onHull.pVtx != nullptr) return onHull;
+    const Place place = placeBeyondHull(p, {pHint, state});
+    if (place.pT != nullptr) return place;
     const Point2 *p0 = pHint->corner(L::next(state)), *p1 = pHint->corner(L::prev(state));
-    const bool bOutside = orbiTest.orientationInRange(p0, p1, &p) == ORIENTATION2_CW && !isOnEdge(p, *p0, *p1);
-    return bOutside ? Place() : onHull;
+    const bool bOutside = orbiTest.orientationInRange(p0, p1, &p) == ORIENTATION2_CW;
+    return bOutside ? Place() : Place{pHint, state, nullptr};
+}
+
+/// The place of a point on the hull, within the resolution, that is beyond a given edge of it. It may be beyond others too,
+/// about in line with the one that it is on.
+SegmentTrace::Place SegmentTrace::placeBeyondHull(const Point2& p, Edge edge) const
+{
+    bool bBack = false;
+    for (bool bFirst = true;; bFirst = false) {
+        const Place place = snapped(p, {edge.pT, -1, nullptr});
+        if (place.pVtx != nullptr || place.edge >= 0) return place;
+        const Point2 &a = *edge.pT->corner(L::next(edge.ith)), &b = *edge.pT->corner(L::prev(edge.ith));
+        const double abX = b.x() - a.x(), abY = b.y() - a.y(), apX = p.x() - a.x(), apY = p.y() - a.y();
+        const double length = std::hypot(abX, abY), along = abX * apX + abY * apY;
+        const bool bNearLine = std::fabs(abX * apY - abY * apX) <= 4.0 * resolution * length;
+        const bool bBefore = along <= 0.0, bBehind = along >= length * length;
+        if (!bNearLine || !(bBefore || bBehind) || (!bFirst && bBefore != bBack)) return {};
+        bBack = bBefore;
+        edge = nextOnHull(edge, bBack);
+    }
+}
+
+/// The edge of the hull after one, counterclockwise, or the one before it.
+SegmentTrace::Edge SegmentTrace::nextOnHull(Edge edge, bool bBack)
+{
+    const auto turn = bBack ? L::prev : L::next;
+    edge.ith = turn(edge.ith);
+    while (edge.pT->neighbor(edge.ith) != nullptr) {
+        Triangle2* const pN = edge.pT->neighbor(edge.ith);
+        edge = {pN, turn(L::indexOf(pN, edge.pT))};
+    }
+    return edge;
 }
 
 /// The place at a corner or edge of its triangle that is within the resolution, if there is one.

@@ -84,6 +84,8 @@ private:
         int ith;
     };
 
+    Place placeBeyondHull(const Point2& p, Edge edge) const;
+    static Edge nextOnHull(Edge edge, bool bBack);
     Place snapped(const Point2& p, Place place) const;
     Place snappedInNeedle(const Point2& p, Triangle2* pT, int longEdge) const;
     bool areClose(const Point2& p, const Point2& q) const
