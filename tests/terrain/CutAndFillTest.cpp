@@ -185,11 +185,12 @@ std::vector<Point2> grid(int n, double x0, double y0, double step, const std::fu
 
 } // namespace
 
-// Coinciding, shifted and random edges; zones with holes; survey coordinates; both ways round.
+// Coinciding, shifted, turned and random edges, edges that differ in the last bit; zones with holes; survey coordinates; both
+// ways round.
 TEST(CutAndFill, VolumesDifferFromClippingEachPairOfTriangles)
 {
     const auto hills = [](double x, double y) { return std::sin(0.7 * x) * std::cos(0.4 * y) + 0.1 * x; };
-    for (std::uint64_t seed = 1; seed <= 36; ++seed) {
+    for (std::uint64_t seed = 1; seed <= 48; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         oracles::Dice dice(seed);
         const double offset = seed % 3 == 0 ? 5.4e6 : 0;
@@ -197,7 +198,7 @@ TEST(CutAndFill, VolumesDifferFromClippingEachPairOfTriangles)
         std::vector<Point2> v0 =
             grid(9, offset, offset, 1, [&](double x, double y) { return hills(x - offset, y - offset); });
         std::vector<Point2> v1 = v0;
-        switch (seed % 6) {
+        switch (seed % 8) {
         case 0: // the same places, some with another height, some on the other surface
             for (Point2& p : v1) p.setZ(p.z() + 0.5 * (dice.below(3) - 1));
             break;
@@ -217,6 +218,16 @@ TEST(CutAndFill, VolumesDifferFromClippingEachPairOfTriangles)
             break;
         case 3: // lines and areas in common
             for (Point2& p : v1) p.setZ(p.x() > offset + 4 ? p.z() : p.z() + dice.below(2));
+            break;
+        case 6: // needles on both hulls
+        case 7: // edges along each other but for the last bit
+            for (std::size_t i = 0; i < v1.size(); ++i) {
+                const double angle = seed % 8 == 6 ? 1.0 / static_cast<double>(seed) : 0;
+                const double x = static_cast<double>(i % 9) - 4, y = static_cast<double>(i / 9) - 4;
+                const double shift = seed % 8 == 6 ? 0 : seed % 16 == 7 ? 0.1 : 1e-16 * (offset + 8) * dice.below(9);
+                v1[i].setCoords(offset + 4 + std::cos(angle) * x - std::sin(angle) * y + shift,
+                                offset + 4 + std::sin(angle) * x + std::cos(angle) * y + shift, dice.real() - 0.3);
+            }
             break;
         default:
             for (auto* v : {&v0, &v1}) {
