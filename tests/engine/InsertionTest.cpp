@@ -119,49 +119,6 @@ TEST(Insertion, largeCorpusEntriesAreSoundInBulkAndRepeatBitForBit)
     }
 }
 
-TEST(Insertion, theEarliestOfManyEqualPointsKeepsItsHeightInBulk)
-{
-    // Runs of equal points of every length, so that middle-first insertion meets any of them first.
-    Points vPoints;
-    for (int run = 1; run <= 40; ++run) {
-        for (int k = 0; k < run; ++k) {
-            vPoints.emplace_back(run % 7, run / 7 + 0.25 * (run % 3), 1000.0 * run + k);
-            vPoints.back().setCustomIndex(1000 * run + k);
-        }
-    }
-    const Points vHigher(vPoints.rbegin(), vPoints.rend());
-    for (const int numCPU : {1, 4}) {
-        Lumo_2D lumo;
-        lumo.setNumCPU(numCPU);
-        Handles vHandles = insertParts(lumo, vPoints, "v");
-        // A second pass changes nothing and hands out the vertices of the first.
-        const Handles vSecond = insertParts(lumo, vHigher, "v");
-        vHandles.insert(vHandles.end(), vSecond.begin(), vSecond.end());
-        Points vAll(vPoints);
-        vAll.insert(vAll.end(), vHigher.begin(), vHigher.end());
-        expectHandlesOfFirstPoints(vAll, vHandles);
-        EXPECT_TRUE(isSound(lumo, vPoints));
-    }
-}
-
-TEST(Insertion, pointsWithoutAreaWaitAndAreAllUsedLater)
-{
-    for (const int numCPU : {1, 4}) {
-        Lumo_2D lumo;
-        lumo.setNumCPU(numCPU);
-        Points vAll;
-        for (int i = 0; i < 50; ++i) vAll.emplace_back(0.1 * i, 0.1 * i, i);
-        lumo.insert(vAll);
-        EXPECT_TRUE(isSound(lumo, vAll));
-        EXPECT_EQ(lumo.insert(Point2(0.1 * 7, 0.1 * 7, -5.0))->z(), 7.0) << "comes back with another height";
-        EXPECT_EQ(lumo.insert(Point2(-0.0, 0.0, 9.0))->z(), 0.0) << "-0.0 and 0.0 are one place";
-        vAll.emplace_back(3.0, 7.0, 1.0);
-        vAll.emplace_back(0.3, 0.3, 1.0);
-        lumo.insert({vAll[50], vAll[51]});
-        EXPECT_TRUE(isSound(lumo, vAll));
-    }
-}
-
 TEST(Insertion, nonFinitePointsAreRefusedAndAllOthersInserted)
 {
     const double inf = std::numeric_limits<double>::infinity();
