@@ -54,8 +54,8 @@ float contourAt(float h) {
 void main() {
   vec2 gradient = gradientHere();
   vec3 n = normalize(vec3(-gradient * exaggeration, 1.0));
-  // The cartographer's light, from the north-west, with some from the sky.
-  float light = 0.40 + 0.16 * n.z + 0.60 * max(dot(n, normalize(vec3(-0.55, 0.55, 0.63))), 0.0);
+  // The cartographer's light, from the north-west, with enough from the sky for the legend's tints to be known in the shade.
+  float light = 0.49 + 0.16 * n.z + 0.50 * max(dot(n, normalize(vec3(-0.55, 0.55, 0.63))), 0.0);
   vec3 tint = color.rgb;
   if (shading == 0) tint = texture(ramp, vec2(0.5 + 0.5 * height / halfHeight, 0.5)).rgb;
   if (shading == 1) tint = texture(ramp, vec2(degrees(atan(length(gradient))) / slopeLimit, 0.5)).rgb;
@@ -232,7 +232,10 @@ class Renderer {
     this.mesh.zones.forEach((zone, i) => { if (zone.visible) this.drawZone(this.zones[i], zone.color); });
     if (look.edges) this.drawEdges(look.edgeColor);
     this.drawSegments(this.border, look.borderColor, 1.2 * ratio);
-    if (look.constraints) this.drawSegments(this.constraints, look.constraintColor, 1.8 * ratio);
+    if (look.constraints) {
+      this.drawSegments(this.constraints, look.constraintCasing, 4 * ratio); // or they are lost on red and brown ground
+      this.drawSegments(this.constraints, look.constraintColor, 1.8 * ratio);
+    }
     this.mesh.zones.forEach((zone, i) => { if (zone.visible) this.drawSegments(this.zones[i].border, [...zone.color, 1], 2.2 * ratio); });
     gl.depthMask(true);
     gl.disable(gl.BLEND);

@@ -120,6 +120,7 @@ class Page {
       edgeColor: [0.06, 0.08, 0.1, clamp(edgeLength * pixelsPerUnit / 16, 0.05, 0.5)],
       borderColor: [...parseColor(theme.border), 0.8],
       constraintColor: [...parseColor("#a80f45"), 1],
+      constraintCasing: [1, 1, 1, 0.5],
       contourColor: [0.16, 0.1, 0.05, shading === "plain" ? 0.75 : 0.55],
       ramp: shading === "slope" ? SLOPE_RAMP : HEIGHT_RAMP,
       exaggeration: this.exaggeration,
@@ -175,7 +176,7 @@ class Page {
     element("title").textContent = title;
     const n = this.mesh.triangles.length / 3, missing = head.numTriangles - n;
     const decimals = decimalsFor(this.range());
-    element("counts").textContent = `${formatNumber(head.numVertices, 0)} points, ${formatNumber(n, 0)} triangles\n` +
+    element("counts").textContent = `${formatNumber(head.numVertices, 0)} points\n${formatNumber(n, 0)} triangles\n` +
       `heights ${formatNumber(this.minHeight(), decimals)} to ${formatNumber(this.minHeight() + this.range(), decimals)} ${head.unit}` +
       (missing > 0 ? `\n${formatNumber(missing, 0)} triangles without height left out` : "");
     element("interval").textContent = `${formatNumber(this.contourInterval(), this.stepDecimals(this.contourInterval()))} ${head.unit}`;
