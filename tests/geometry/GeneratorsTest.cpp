@@ -172,6 +172,8 @@ TEST(Generators, SenselessArgumentsAreReportedAndNothingIsAppended)
         [&] { generateRandomSegments(50, boxOf(0, 0, 4e16, 4e16), 8.0, 1, vSegments); }, // too fine for some
         [&] { generateCircle(2, origin, 1, vSegments); },
         [&] { generateCircle(1000, Point2(1e17, 0, 0), 100, vPoints); },
+        [&] { generateCircle(5, Point2(0, nan, 0), 1, vPoints); },
+        [&] { generateCircle(5, Point2(0, 0, nan), 1, vPoints); },
         [&] { generateCircle(std::numeric_limits<std::size_t>::max(), origin, 1, vPoints); },
         [&] { generateSineSegments(1000, Point2(1e17, 0, 0), 100, 1, 1, vSegments); },
         [&] { generateSineSegments(5, origin, 1, 1, nan, vSegments); },

@@ -80,7 +80,7 @@ TEST(NumericTools, UnknownHeightsAreComputedWithOrClampingIsSilent)
     EXPECT_EQ(out.take(), "\n ** Numeric deviation, minZ=10, maxZ=20, result=25\n");
     EXPECT_TRUE(heightOnSegment(unknown, a, 6, 6) == largest && interpolateHeight(a, unknown, 6, 6) == largest);
     EXPECT_EQ(footOfPerpendicular(unknown, a, b).z(), largest);
-    EXPECT_TRUE(approxHasOn(a, b, Point2(1.5, 2.000000000001, 5)) && !approxHasOn(a, b, Point2(1.5, 2.00000001, 5)));
+    EXPECT_TRUE(approxHasOn(a, b, Point2(1.5, 2.000000000001, 5)) && !approxHasOn(a, b, Point2(1.5, 2.00000000001, 5)));
 }
 
 TEST(NumericTools, HeightsFeetOrDistancesAreFurtherOffThanPromised)
