@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <map>
 #include <set>
@@ -66,6 +67,13 @@ Outline outlineOf(const std::vector<Triangle2*>& vT)
     return s;
 }
 
+std::array<const Point2*, 3> cornersOf(const Triangle2& t)
+{
+    std::array<const Point2*, 3> a{t.getCorner(0), t.getCorner(1), t.getCorner(2)};
+    std::sort(a.begin(), a.end());
+    return a;
+}
+
 } // namespace
 
 TEST(SurfaceOptimizer, ImprovesTheSurfaceInsideAndTouchesNothingElse)
@@ -86,6 +94,8 @@ TEST(SurfaceOptimizer, ImprovesTheSurfaceInsideAndTouchesNothingElse)
         const Point2 center(dice.real(), dice.real(), 0.0);
         const std::vector<Triangle2*> vT = withinCircle(lumo, center);
         const Outline outline = outlineOf(vT);
+        std::set<std::array<const Point2*, 3>> sBefore;
+        for (const Triangle2* pT : vT) sBefore.insert(cornersOf(*pT));
         const double before = roughness(lumo);
         Progress progress("test");
         std::map<const Point2*, double> mHeights;
@@ -93,7 +103,11 @@ TEST(SurfaceOptimizer, ImprovesTheSurfaceInsideAndTouchesNothingElse)
         lumo.getVertexPointers(vV);
         for (const Point2* p : vV) mHeights[p] = p->z();
         if (kind == 0) slopeValleyRidgeOptimization(*lumo.getImpl(), vT, progress);
-        if (kind == 1) optimizeValleysAndRidges(*lumo.getImpl(), vT, 0.001, 0.002, progress);
+        if (kind == 1) optimizeValleysAndRidges(*lumo.getImpl(), vT, 0.02, 0.002, progress);
+        for (const Triangle2* pT : vT) { // what is new isn't too thin
+            const double height = 2.0 * pT->getArea2D() / std::sqrt(pT->getMaxSqEdgeLen2D());
+            EXPECT_TRUE(kind != 1 || sBefore.count(cornersOf(*pT)) != 0 || height > 0.0199);
+        }
         if (kind == 2) smoothing(*lumo.getImpl(), vT, 5, progress);
         const double after = roughness(lumo);
         EXPECT_LT(after, before);
@@ -129,10 +143,20 @@ TEST(SurfaceOptimizer, ImprovesTheSurfaceInsideAndTouchesNothingElse)
     }
 }
 
-TEST(SurfaceOptimizer, OpensAValleyThatADiagonalDamsUp)
+TEST(SurfaceOptimizer, OpensAValleyThatADiagonalDamsUpWithinItsLimits)
 {
-    // A channel along the diagonals of a grid, deep enough for the edges across it to be wrong.
-    for (const double sign : {1.0, -1.0}) {
+    // A channel along the diagonals of a grid, deep enough for the edges across it to be wrong. These differ by 1 in height;
+    // half a cell is 0.707 high.
+    const struct
+    {
+        double sign, minHeight, threshold;
+        bool bOpens;
+    } aCases[] = {{1.0, 0.0, 0.0, true},
+                  {-1.0, 0.0, 0.0, true},
+                  {1.0, 0.7, 0.99, true},
+                  {1.0, 0.71, 0.0, false},
+                  {1.0, 0.0, 1.0, false}};
+    for (const auto& [sign, minHeight, threshold, bOpens] : aCases) {
         Lumo_2D lumo;
         for (int x = 0; x < 8; ++x) {
             for (int y = 0; y < 8; ++y) lumo.insert(Point2(x, y, sign * std::min(std::abs(x - y), 2)));
@@ -140,8 +164,11 @@ TEST(SurfaceOptimizer, OpensAValleyThatADiagonalDamsUp)
         std::vector<Triangle2*> vT;
         lumo.getTrianglePointers(vT);
         Progress progress("test");
-        slopeValleyRidgeOptimization(*lumo.getImpl(), vT, progress);
-        for (int i = 0; i < 7; ++i) {
+        const double before = roughness(lumo);
+        if (minHeight + threshold == 0.0) slopeValleyRidgeOptimization(*lumo.getImpl(), vT, progress);
+        if (minHeight + threshold > 0.0) optimizeValleysAndRidges(*lumo.getImpl(), vT, minHeight, threshold, progress);
+        EXPECT_EQ(roughness(lumo) < before, bOpens);
+        for (int i = 0; i < 7 && bOpens; ++i) {
             double z = 1.0;
             ASSERT_TRUE(lumo.getHeight(i + 0.5, i + 0.5, z));
             EXPECT_EQ(z, 0.0) << i;

@@ -388,6 +388,24 @@ TEST(Zone2, SetOfTrianglesIsPeeledOrSplitWrongly)
     }
 }
 
+TEST(Zone2, AreaLosesDigitsInNeedlesOrLongSums)
+{
+    const auto area = [](const std::vector<Point2>& vCorners, std::size_t n, Triangle2& t, std::vector<Point2>& v) {
+        v = vCorners;
+        t.setProperties(&v[0], &v[1], &v[2]);
+        return static_cast<double>(n) * mpq_class(oracles::orientationDet(v[0], v[1], v[2]) / 2).get_d();
+    };
+    Triangle2 needle, large, small;
+    std::vector<Point2> aCorners[3];
+    const double ofNeedle = area({{0, 0, 0}, {500.25, 500.25, 0}, {250.125, 250.12500001, 0}}, 1, needle, aCorners[0]);
+    EXPECT_NEAR(sumArea2D({&needle}), ofNeedle, 1e-13 * ofNeedle);
+    const double ofLarge = area({{0, 0, 0}, {0x1p27, 0, 0}, {0, 0x1p27, 0}}, 1, large, aCorners[1]);
+    const double ofSmall = area({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 100000, small, aCorners[2]);
+    Triangles vT(100001, &small);
+    vT[0] = &large;
+    EXPECT_EQ(sumArea2D(vT), ofLarge + ofSmall);
+}
+
 // ---- misuse and extremes --------------------------------------------------------------------------------------------
 
 TEST(Zone2, MisuseGoesThroughOrChangesSomething)

@@ -6,6 +6,7 @@
 
 #include "Bbox2.h"
 #include "Edge2.h"
+#include "Vector2.h"
 #include "freeFunctions.h"
 
 #include <gtest/gtest.h>
@@ -64,14 +65,16 @@ TEST(Rings, AreSortedWhateverTheOrderAndOnlyWhenTheyAreOne)
         EXPECT_TRUE(vSorted.front().src == vRing.front().src && vSorted.front().trg == vRing.front().trg);
         EXPECT_EQ(vSorted.size(), vRing.size());
         EXPECT_NEAR(doubleArea(vCCW), area, 1e-9);
-        // A second ring, nested or touching; an open chain; a double segment; a point.
+        // A second ring, touching or apart; an open chain; a double segment; a point.
         for (const Segment2& s : vRing) {
             const Point2& o = vRing.front().src; // shrunk towards a corner: the rings touch there
             const auto shrunk = [&o](const Point2& p) { return Point2((o.x() + p.x()) / 2, (o.y() + p.y()) / 2, 0); };
             vOther.emplace_back(shrunk(s.src), shrunk(s.trg));
         }
-        std::vector<std::vector<Segment2>> vvBad(4, vRing);
+        std::vector<std::vector<Segment2>> vvBad(5, vRing);
         vvBad[0].insert(vvBad[0].end(), vOther.begin(), vOther.end());
+        const Vector2 away(100, 0, 0);
+        for (const Segment2& s : vOther) vvBad[4].emplace_back(s.src + away, s.trg + away);
         vvBad[1].pop_back();
         vvBad[2].push_back(vRing.back());
         vvBad[3].emplace_back(vRing.front().src, vRing.front().src);
