@@ -22,7 +22,8 @@ class Zone2;
 ///
 /// Both surfaces are overlaid in a private triangulation whose triangles lie in one triangle of each, and are cut along the
 /// lines where the surfaces meet. Over each of the triangles that result, the difference is linear and has one sign, so
-/// that the volume is that of the surfaces but for rounding.
+/// that the volume is that of the surfaces but for rounding: points and edges within 2^-50 of the largest coordinate count as
+/// meeting; where that leaves places that can't be told apart, within 2^-42.
 ///
 /// Guarantees, when go() gives true
 /// 1. The components cover the area that both zones have in common, without overlap; each hangs together across edges.

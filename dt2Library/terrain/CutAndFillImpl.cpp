@@ -61,13 +61,17 @@ bool CutAndFillImpl::overlayDirectly(std::vector<Triangle2*>& vT)
     if (!hasTriangles(aZones[0]) || !hasTriangles(aZones[1])) return false;
     const RoundToNearest rounding;
     OverlayCells::Result result;
-    {
+    // Where edges meet in places that can't be told apart, they are seen less sharply.
+    const auto isMade = [&](int resolutionExponent) {
         OverlayGraph graph;
-        if (!MeshOverlay(*aZones[0], *aZones[1]).run(graph) || !OverlayCells(graph, threshold).run(result))
-            return false;
-    }
+        result = {};
+        return MeshOverlay(*aZones[0], *aZones[1], resolutionExponent).run(graph) &&
+               OverlayCells(graph, threshold).run(result) && !result.vTriangles.empty() &&
+               pDt->takeMesh(result.vVertices, result.vTriangles);
+    };
+    constexpr int aExponents[] = {-50, -46, -42};
+    if (std::none_of(std::begin(aExponents), std::end(aExponents), isMade)) return false;
     const std::size_t numTriangles = result.vTriangles.size() / 3;
-    if (numTriangles == 0 || !pDt->takeMesh(result.vVertices, result.vTriangles)) return false;
     progress.step(100);
     for (std::size_t i = 0; i < result.vHeights.size(); ++i) heights.at(pDt->poolVertices.at(i)) = result.vHeights[i];
     pDt->getTrianglePointers(vT);

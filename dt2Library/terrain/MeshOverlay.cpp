@@ -68,7 +68,8 @@ std::uint32_t MeshOverlay::Surface::sideOf(const Triangle2* pT, int ith) const
                          : 3 * beyond + static_cast<std::uint32_t>(L::indexOf(pN, pT));
 }
 
-MeshOverlay::MeshOverlay(const Zone2& zone0, const Zone2& zone1) : aSurfaces{Surface(zone0), Surface(zone1)}
+MeshOverlay::MeshOverlay(const Zone2& zone0, const Zone2& zone1, int resolutionExponent_)
+    : aSurfaces{Surface(zone0), Surface(zone1)}, resolutionExponent(resolutionExponent_)
 {
     for (const Surface& surface : aSurfaces) {
         for (const Point2& p : {surface.box.getMinPoint(), surface.box.getMaxPoint()}) orbiTest.ensureStaticBound(&p);
@@ -92,7 +93,7 @@ bool MeshOverlay::run(OverlayGraph& graph_)
 {
     pGraph = &graph_;
     pGraph->numTriangles = aSurfaces[0].vInZone.size();
-    const double resolution = std::ldexp(maxAbs(), -50);
+    const double resolution = std::ldexp(maxAbs(), resolutionExponent);
     SegmentTrace aTraces[2] = {{aSurfaces[1].dt, orbiTest, resolution}, {aSurfaces[0].dt, orbiTest, resolution}};
     // Each trace runs through the other surface.
     for (int ith = 0; ith < 2; ++ith) aSurfaces[ith].peelNeedles(aTraces[1 - ith]);

@@ -40,15 +40,15 @@ struct OverlayGraph
 
 /// Makes the overlay of two zones, usually of different triangulations.
 ///
-/// Each edge of either surface is traced through the triangulation of the other one. What is within a few units in the last
-/// place of the largest coordinate counts as meeting; apart from that, only the places of crossings are rounded. Where the
-/// surfaces' own triangles are as small as that, the places may contradict the subdivision, which whoever uses it must check.
-/// Heights follow the edges: at a crossing, each surface has the height that its edge has there.
+/// Each edge of either surface is traced through the triangulation of the other one. What is within a resolution counts as
+/// meeting; apart from that, only the places of crossings are rounded. Where the surfaces' own triangles are as small as
+/// that, the places may contradict the subdivision, which whoever uses it must check. Heights follow the edges: at a
+/// crossing, each surface has the height that its edge has there.
 class MeshOverlay
 {
 public:
-    /// The zones must have triangles.
-    MeshOverlay(const Zone2& zone0, const Zone2& zone1);
+    /// The zones must have triangles. What is within 2 ^ exponent of the largest coordinate counts as meeting.
+    MeshOverlay(const Zone2& zone0, const Zone2& zone1, int resolutionExponent_);
 
     /// Gives what lies in the common area. False when a crossing has no place among the doubles, or a
     /// triangulation contradicts itself. O(n log n) in the edges
@@ -98,6 +98,7 @@ private:
 
     OrbiTest orbiTest;
     Surface aSurfaces[2];
+    const int resolutionExponent;
     std::vector<Crossing> vCrossings; ///< of the first surface's edges
     std::vector<Range> vRanges;       ///< by the sides of the first surface
     std::vector<SegmentTrace::Meeting> vMeetings;
