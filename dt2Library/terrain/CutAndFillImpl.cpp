@@ -65,14 +65,16 @@ bool CutAndFillImpl::overlayDirectly(std::vector<Triangle2*>& vT)
     const auto isMade = [&](int resolutionExponent) {
         OverlayGraph graph;
         result = {};
-        return MeshOverlay(*aZones[0], *aZones[1], resolutionExponent).run(graph) &&
-               OverlayCells(graph, threshold).run(result) && !result.vTriangles.empty() &&
+        return MeshOverlay(*aZones[0], *aZones[1], resolutionExponent).run(graph, progress) &&
+               OverlayCells(graph, threshold).run(result, progress) && !result.vTriangles.empty() &&
                pDt->takeMesh(result.vVertices, result.vTriangles);
     };
-    constexpr int aExponents[] = {-50, -46, -42};
-    if (std::none_of(std::begin(aExponents), std::end(aExponents), isMade)) return false;
+    if (!isMade(-50)) {
+        const Progress::Muted muted(progress); // its work has been told
+        if (!isMade(-46) && !isMade(-42)) return false;
+    }
     const std::size_t numTriangles = result.vTriangles.size() / 3;
-    progress.step(100);
+    progress.step(10);
     for (std::size_t i = 0; i < result.vHeights.size(); ++i) heights.at(pDt->poolVertices.at(i)) = result.vHeights[i];
     pDt->getTrianglePointers(vT);
     vT.resize(numTriangles); // behind them is what fills the convex hull

@@ -6,6 +6,7 @@
 #include "geometry/numericTools.h"
 #include "geometry/snapping.h"
 #include "support/check.h"
+#include "terrain/ProgressShare.h"
 
 #include <algorithm>
 #include <cmath>
@@ -89,7 +90,7 @@ double MeshOverlay::maxAbs() const
     return largest;
 }
 
-bool MeshOverlay::run(OverlayGraph& graph_)
+bool MeshOverlay::run(OverlayGraph& graph_, Progress& progress)
 {
     pGraph = &graph_;
     pGraph->numTriangles = aSurfaces[0].vInZone.size();
@@ -106,7 +107,8 @@ bool MeshOverlay::run(OverlayGraph& graph_)
     pGraph->vHeights.reserve(2 * numEdges);
     vCrossings.reserve(2 * numEdges);
     vRanges.resize(3 * aSurfaces[0].vInZone.size());
-    return traceEdges(0, aTraces[0]) && traceEdges(1, aTraces[1]);
+    ProgressShare share(progress, 60, numEdges);
+    return traceEdges(0, aTraces[0], share) && traceEdges(1, aTraces[1], share);
 }
 
 // ---- vertices ---------------------------------------------------------------------------------------------------------
@@ -184,11 +186,13 @@ bool MeshOverlay::getHeight(int ith, const Point2& p, const SegmentTrace::Place&
 
 // ---- edges ------------------------------------------------------------------------------------------------------------
 
-bool MeshOverlay::traceEdges(int ith, SegmentTrace& trace)
+bool MeshOverlay::traceEdges(int ith, SegmentTrace& trace, ProgressShare& share)
 {
     const auto& vEdges = aSurfaces[ith].vEdges;
-    return std::all_of(vEdges.begin(), vEdges.end(),
-                       [&](const auto& edge) { return traceEdge(ith, edge.first, edge.second, trace); });
+    return std::all_of(vEdges.begin(), vEdges.end(), [&](const auto& edge) {
+        share.next();
+        return traceEdge(ith, edge.first, edge.second, trace);
+    });
 }
 
 /// Adds the pieces of an edge that lie in the common area. Where edges of both surfaces run along each other, the pieces

@@ -15,6 +15,8 @@ namespace ORBI_LUMO25D
 {
 
 class Dt2;
+class Progress;
+class ProgressShare;
 class Zone2;
 
 /// The subdivision of the plane by the edges of two surfaces: its vertices and edges. The area between is cells, each the
@@ -50,10 +52,10 @@ public:
     /// The zones must have triangles. What is within 2 ^ exponent of the largest coordinate counts as meeting.
     MeshOverlay(const Zone2& zone0, const Zone2& zone1, int resolutionExponent_);
 
-    /// Gives what lies in the common area. False when a crossing has no place among the doubles, or a
+    /// Gives what lies in the common area, in 60 units of progress. False when a crossing has no place among the doubles, or a
     /// triangulation contradicts itself. O(n log n) in the edges
     /// and their crossings, in practice linear.
-    bool run(OverlayGraph& graph_);
+    bool run(OverlayGraph& graph_, Progress& progress);
 
 private:
     static constexpr std::uint32_t none = OverlayGraph::none;
@@ -89,7 +91,7 @@ private:
     void placeVertices(int ith, SegmentTrace& trace);
     void placeVertex(int ith, Point2* pVtx, const SegmentTrace::Place& place);
     bool getHeight(int ith, const Point2& p, const SegmentTrace::Place& place, double& height) const;
-    bool traceEdges(int ith, SegmentTrace& trace);
+    bool traceEdges(int ith, SegmentTrace& trace, ProgressShare& share);
     bool traceEdge(int ith, const Triangle2* pT, int corner, SegmentTrace& trace);
     bool crossingVertex(int ith, std::uint32_t side, const Point2& a, const Point2& b,
                         const SegmentTrace::Meeting& meeting, std::uint32_t& vertex);

@@ -1,6 +1,7 @@
 #include "terrain/OverlayCells.h"
 
 #include "support/check.h"
+#include "terrain/ProgressShare.h"
 #include "terrain/zeroPlace.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@
 namespace ORBI_LUMO25D
 {
 
-bool OverlayCells::run(Result& result_)
+bool OverlayCells::run(Result& result_, Progress& progress)
 {
     pResult = &result_;
     for (const Point2& p : graph.vPlaces) orbiTest.ensureStaticBound(&p);
@@ -20,7 +21,7 @@ bool OverlayCells::run(Result& result_)
     result_.vVertices.reserve(numVertices);
     result_.vHeights.reserve(numVertices);
     result_.vTriangles.reserve(6 * numVertices);
-    return emitCells();
+    return emitCells(progress);
 }
 
 // ---- cuts -------------------------------------------------------------------------------------------------------------
@@ -79,7 +80,7 @@ std::uint32_t OverlayCells::cut(std::uint32_t v0, std::uint32_t v1)
 
 // ---- cells ------------------------------------------------------------------------------------------------------------
 
-bool OverlayCells::emitCells()
+bool OverlayCells::emitCells(Progress& progress)
 {
     // A counting sort by the triangles of the first surface; those of the second are few at each.
     std::vector<std::uint32_t> vEnds(graph.numTriangles + 1, 0);
@@ -96,7 +97,9 @@ bool OverlayCells::emitCells()
             vKeys[--vEnds[half.aTriangles[0] + 1]] = {half.aTriangles[1], static_cast<std::uint32_t>(i)};
     }
     Key* pFirst = vKeys.data();
+    ProgressShare share(progress, 30, graph.numTriangles);
     for (std::size_t t = 0; t < graph.numTriangles; ++t) {
+        share.next();
         Key* const pEnd = vKeys.data() + (t + 2 < vEnds.size() ? vEnds[t + 2] : vKeys.size());
         std::sort(pFirst, pEnd);
         while (pFirst < pEnd) {

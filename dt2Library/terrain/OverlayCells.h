@@ -12,6 +12,8 @@
 namespace ORBI_LUMO25D
 {
 
+class Progress;
+
 /// Makes triangles of the cells of an overlay, cut along the line on which the difference of both surfaces is zero.
 ///
 /// A cell is convex and the difference is linear in it: so the line is a chord, which joins two places on edges, found for
@@ -32,8 +34,8 @@ public:
     OverlayCells(OverlayGraph& graph_, double threshold_) : graph(graph_), threshold(threshold_) {}
 
     /// False where the rounding of places gets in the way: a triangle doesn't turn counterclockwise, or an edge that must
-    /// be cut is too short for it. O(n log n), in practice linear.
-    bool run(Result& result_);
+    /// be cut is too short for it. O(n log n), in practice linear; 30 units of progress.
+    bool run(Result& result_, Progress& progress);
 
 private:
     static constexpr std::uint32_t none = OverlayGraph::none;
@@ -51,7 +53,7 @@ private:
     bool cutEdges();
     bool roundShortEnds();
     std::uint32_t cut(std::uint32_t v0, std::uint32_t v1);
-    bool emitCells();
+    bool emitCells(Progress& progress);
     bool collectCell(const Key* pFirst, const Key* pEnd);
     bool emitPolygon(const Polygon& polygon);
     bool emitHalves(const Polygon& polygon);
