@@ -211,6 +211,31 @@ TEST(MeshGenParamsTest, LimitsOfSizeHoldByPlaceAndGradeSmoothly)
     EXPECT_LT(grown.numPoints(), 2000U);
 }
 
+TEST(MeshGenParamsTest, GrowthGoesOnFromAFineMeshBehindTheBorder)
+{
+    const std::vector<Point2> vHole{{4, 4, 0}, {4, 6, 0}, {6, 6, 0}, {6, 4, 0}};
+    Segments vBorder = square(10);
+    pointsToPolyline(vHole, true, vBorder);
+    Domain around(vBorder);
+    ConstraintGraph2* const pHole = around.lumo.createConstraint(
+        ring(std::vector<Point2>(vHole.rbegin(), vHole.rend())), CIS_CONSTRAINED_DELAUNAY, true);
+    around.lumo.refine(around.lumo.createZone(pHole, ZL_INSIDE), 20, 0.001, 0.2, true);
+    MeshGenParams params(around.pZone);
+    params.growthFactor = 2.0;
+    params.growthFactorMinArea = 1e-6;
+    around.lumo.refineAdvanced(&params);
+    int numAtHole = 0;
+    for (Triangle2* pT : around.triangles()) {
+        for (int i = 0; i < 3; ++i) {
+            const Triangle2* const pN = pT->getOppositeTriangle(i);
+            if (!around.lumo.isConstraint(pT, i) || pN == nullptr) continue;
+            EXPECT_LE(pT->getArea25D(), 2.0 * pN->getArea25D() + 1e-12);
+            ++numAtHole;
+        }
+    }
+    EXPECT_GE(numAtHole, 40);
+}
+
 TEST(MeshGenParamsTest, ConstraintsAreSplitOnlyWhereAllowed)
 {
     // Obtuse: without a split of the long side, which hides the circumcentre, nothing can be cured.

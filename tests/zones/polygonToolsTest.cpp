@@ -96,6 +96,10 @@ TEST(Rings, AreNotSimpleWhenTheyCrossOrTouchThemselves)
     const Point2 a(0, 0, 0), b(4, 0, 0), c(4, 4, 0), d(0, 4, 0), onAB(2, 0, 0), beyond(6, 0, 0);
     EXPECT_TRUE(isSimple({a, a, b, c, d, a}) && isSimple({a, onAB, b, c, d}));
     EXPECT_FALSE(isSimple({a, c, b, d}) || isSimple({a, b, c, onAB, d}) || isSimple({a, beyond, b, c}));
+    std::vector<Segment2> vHourglass; // one walk, but twice through the middle
+    const Point2 middle(2, 2, 0);
+    pointsToPolyline({a, b, middle, c, d, middle}, true, vHourglass);
+    EXPECT_FALSE(sortRing(vHourglass) || isSimplePolygon(vHourglass));
     EXPECT_FALSE(isSimple({a, b}) || isSimple({}) || isSimple({a, b, Point2(0, std::nan(""), 0)}));
 }
 
