@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the library and runs all tests: as a release, under the address and undefined-behaviour sanitizers, the threaded
-# tests under the thread sanitizer and, where there is Clang, short runs of the fuzzers. Installs what is missing (Debian
-# and its relatives).
+# Builds the library and runs all tests: as a release, under the address and undefined-behaviour sanitizers (by Clang where
+# there is Clang, and then with short runs of the fuzzers) and the threaded tests under the thread sanitizer. Installs
+# what is missing (Debian and its relatives).
 #
 #   ./test.sh          everything
 #   ./test.sh quick    the release build only
@@ -44,9 +44,12 @@ else
     suite release "Release build, warnings are errors, all tests"
 fi
 if [ "$mode" = full ]; then
-    suite asan "Address and undefined-behaviour sanitizers" -LE package
+    if command -v clang++ >/dev/null; then
+        suite fuzz "Address and undefined-behaviour sanitizers by Clang, with fuzzers of the file readers" -LE package
+    else
+        suite asan "Address and undefined-behaviour sanitizers" -LE package
+    fi
     suite tsan "Thread sanitizer, threaded tests" -L threaded
-    if command -v clang++ >/dev/null; then suite fuzz "Fuzzers of the file readers, short runs"; fi
 fi
 
 say "Summary"

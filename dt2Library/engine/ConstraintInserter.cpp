@@ -22,16 +22,6 @@ ConstraintInserter::ConstraintInserter(Dt2& dt2_) : dt2(dt2_), manager(dt2_.getC
 {
 }
 
-namespace
-{
-
-bool isWithinBox(const Point2& p, const Point2& q, double distance)
-{
-    return std::fabs(p.x() - q.x()) <= distance && std::fabs(p.y() - q.y()) <= distance;
-}
-
-} // namespace
-
 // ---- one segment ----------------------------------------------------------------------------------------------------
 
 void ConstraintInserter::beginRun()

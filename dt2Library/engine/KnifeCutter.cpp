@@ -20,16 +20,6 @@ namespace ORBI_LUMO25D
 
 using L = TriangleLinks;
 
-namespace
-{
-
-bool isWithinBox(const Point2& p, const Point2& q, double distance)
-{
-    return std::fabs(p.x() - q.x()) <= distance && std::fabs(p.y() - q.y()) <= distance;
-}
-
-} // namespace
-
 KnifeCutter::KnifeCutter(Dt2& dt2_) : dt2(dt2_), orbiTest(dt2_.orbiTest) {}
 
 // ---- one knife ------------------------------------------------------------------------------------------------------

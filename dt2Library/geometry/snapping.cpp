@@ -144,6 +144,11 @@ bool isWithin(const Point2& v, const Point2& a, const Point2& b, double distance
     return product(det, det).compare(limit) <= 0;
 }
 
+bool isWithinBox(const Point2& p, const Point2& q, double distance)
+{
+    return std::fabs(p.x() - q.x()) <= distance && std::fabs(p.y() - q.y()) <= distance;
+}
+
 bool roundedCrossing(const OrbiTest& orbiTest, const Point2& a, const Point2& b, const Point2& c, const Point2& d,
                      double& x, double& y)
 {

@@ -31,6 +31,9 @@ bool isInRange2D(const Point2& v, const Point2& a, const Point2& b);
 /// Whether v is within the distance of the line through a and b, which must differ; exact.
 bool isWithin(const Point2& v, const Point2& a, const Point2& b, double distance);
 
+/// Whether p is within the distance of q in x and in y, as far as doubles tell.
+bool isWithinBox(const Point2& p, const Point2& q, double distance);
+
 /// Where the lines a b and c d cross, each coordinate within one unit in its last place. False for parallel lines, and
 /// when the crossing lies beyond the doubles. In double-double arithmetic (Dekker 1971) where that is known to suffice,
 /// which is unless the angle is below 1e-9, else in rationals.

@@ -12,7 +12,7 @@ namespace ORBI_LUMO25D
 namespace
 {
 
-const std::size_t pieceSize = std::size_t(1) << 16;
+const std::size_t bufferSize = std::size_t(1) << 16;
 
 bool isSpace(char c)
 {
@@ -64,7 +64,7 @@ bool scanNumber(const char*& p, const char* end, double& value)
     return static_cast<bool>(stream >> value) && stream.peek() == std::istringstream::traits_type::eof();
 }
 
-NumberReader::NumberReader(std::istream& stream_) : stream(stream_), buffer(pieceSize) {}
+NumberReader::NumberReader(std::istream& stream_) : stream(stream_), buffer(bufferSize) {}
 
 /// Moves what is left to the front and appends a piece of the stream. False, with nothing moved, if there is none.
 bool NumberReader::refill()

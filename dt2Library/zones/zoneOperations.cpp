@@ -55,7 +55,7 @@ UserPredicateT::~UserPredicateT() = default;
 namespace
 {
 
-constexpr std::uint8_t member = 1;
+constexpr std::uint8_t kept = 1;
 
 void printMeasures(const char* title, const std::vector<Triangle2*>& vT)
 {
@@ -66,7 +66,7 @@ bool isAtBorder(const Triangle2* pT, const PoolMarks<Triangle2>& marks)
 {
     for (int i = 0; i < 3; ++i) {
         const Triangle2* const pN = pT->neighbor(i);
-        if (pN == nullptr || marks[pN] != member) return true;
+        if (pN == nullptr || marks[pN] != kept) return true;
     }
     return false;
 }
@@ -74,19 +74,19 @@ bool isAtBorder(const Triangle2* pT, const PoolMarks<Triangle2>& marks)
 /// Takes triangles at the border away as long as the predicate holds for one.
 void peel(const Dt2& dt2, UserPredicateT& predicate, std::vector<Triangle2*>& vT)
 {
-    PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, member);
+    PoolMarks<Triangle2> marks(dt2.poolTriangles, vT, kept);
     std::vector<Triangle2*> vWork = vT;
     while (!vWork.empty()) {
         const Triangle2* const pT = vWork.back();
         vWork.pop_back();
-        if (marks[pT] != member || !isAtBorder(pT, marks) || !predicate(pT)) continue;
+        if (marks[pT] != kept || !isAtBorder(pT, marks) || !predicate(pT)) continue;
         marks[pT] = 0;
         for (int i = 0; i < 3; ++i) {
             Triangle2* const pN = pT->neighbor(i);
-            if (pN != nullptr && marks[pN] == member) vWork.push_back(pN);
+            if (pN != nullptr && marks[pN] == kept) vWork.push_back(pN);
         }
     }
-    vT.erase(std::remove_if(vT.begin(), vT.end(), [&marks](const Triangle2* pT) { return marks[pT] != member; }),
+    vT.erase(std::remove_if(vT.begin(), vT.end(), [&marks](const Triangle2* pT) { return marks[pT] != kept; }),
              vT.end());
 }
 

@@ -106,7 +106,7 @@ Zones zonesIn(Lumo_2D& lumo, ConstraintGraph2* pGraph)
     v.push_back(zoneDifference(v[0], v[1]));
     v.push_back(zoneDifference(v[0], v[0])); // empty
     v.push_back(v[0]->convertToBoundedZone());
-    if (pGraph != nullptr) v.push_back(lumo.createZone({pGraph}, ZL_GROW, center));
+    if (pGraph != nullptr) v.push_back(lumo.createZone(pGraph, ZL_GROW, center));
     if (pGraph != nullptr && pGraph->isPolygon()) {
         v.push_back(lumo.createZone(pGraph, ZL_INSIDE));
         v.push_back(lumo.createZone(pGraph, ZL_OUTSIDE));
