@@ -17,8 +17,9 @@ if(PROJECT_IS_TOP_LEVEL OR LUMO25D_WARNINGS_AS_ERRORS)
         target_compile_options(lumo25d_flags INTERFACE -Wdouble-promotion)
     endif()
 endif()
-if(CMAKE_UNITY_BUILD)
-    target_compile_options(lumo25d_flags INTERFACE -Wno-shadow) # a local name may equal one of another source
+if(CMAKE_UNITY_BUILD) # a source that is included is taken for a header, and names of several sources meet
+    target_compile_options(lumo25d_flags INTERFACE -Wno-shadow
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
 if(LUMO25D_WARNINGS_AS_ERRORS)
     target_compile_options(lumo25d_flags INTERFACE -Werror)
