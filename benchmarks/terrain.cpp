@@ -5,8 +5,7 @@
 // Contours of a hilly grid of 708 by 708 points by default, a million triangles: the triangles of 200 heights by the index
 // (and a few beside them) against a look at every triangle, their contours, and a set of 100 heights; with --gdal,
 // gdal_contour makes the same set from the same grid. Cut and fill of two hilly grids of 100, 200, 300, 400 and 800 points a
-// side, on the same places, shifted by half a cell and by a tenth, and on random
-// places, so that the growth shows.
+// side, on the same places, shifted by half a cell and by a tenth, and on random places, so that the growth shows.
 
 #include "measure.h"
 
